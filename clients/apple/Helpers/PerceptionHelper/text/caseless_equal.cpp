@@ -1,0 +1,75 @@
+#include "text/caseless_equal.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+
+#include <utf8proc.h>
+
+#include "text/code_points.h"
+
+namespace tavik::text {
+namespace {
+
+using CodePoints = std::u32string;
+
+std::optional<CodePoints> decoded(std::string_view text) {
+  CodePoints codePoints;
+  while (!text.empty()) {
+    const auto [value, length] = firstCodePoint(text);
+    if (value < 0) return std::nullopt;
+    codePoints.push_back(static_cast<char32_t>(value));
+    text.remove_prefix(length);
+  }
+  return codePoints;
+}
+
+int combiningClass(char32_t codePoint) {
+  return utf8proc_get_property(static_cast<utf8proc_int32_t>(codePoint))->combining_class;
+}
+
+/// Puts every run of combining marks into canonical order. utf8proc's own ordering takes quadratic time on long runs.
+void orderCanonically(CodePoints& codePoints) {
+  const auto isStarter = [](char32_t codePoint) { return combiningClass(codePoint) == 0; };
+  for (auto run = codePoints.begin(); run != codePoints.end();) {
+    run = std::find_if_not(run, codePoints.end(), isStarter);
+    const auto end = std::find_if(run, codePoints.end(), isStarter);
+    std::stable_sort(run, end, [](char32_t a, char32_t b) { return combiningClass(a) < combiningClass(b); });
+    run = end;
+  }
+}
+
+/// Full canonical decomposition of each code point, after case folding when `options` has UTF8PROC_CASEFOLD.
+CodePoints decomposed(const CodePoints& codePoints, int options) {
+  CodePoints result;
+  result.reserve(codePoints.size());
+  for (const char32_t codePoint : codePoints) {
+    constexpr utf8proc_ssize_t longestDecomposition = 32;
+    std::array<utf8proc_int32_t, longestDecomposition> parts{};
+    int boundClass = 0;
+    const auto count =
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(codePoint), parts.data(), longestDecomposition,
+                                static_cast<utf8proc_option_t>(options | UTF8PROC_DECOMPOSE), &boundClass);
+    const auto end = parts.begin() + std::clamp<utf8proc_ssize_t>(count, 0, longestDecomposition);
+    result.append(parts.begin(), end);
+  }
+  orderCanonically(result);
+  return result;
+}
+
+/// Folds a text for comparison: NFD(toCasefold(NFD(text))).
+std::optional<CodePoints> folded(std::string_view text) {
+  auto codePoints = decoded(text);
+  if (!codePoints) return std::nullopt;
+  return decomposed(decomposed(*codePoints, 0), UTF8PROC_CASEFOLD);
+}
+
+}  // namespace
+
+bool caselessEqual(std::string_view left, std::string_view right) {
+  const auto foldedLeft = folded(left);
+  return foldedLeft && foldedLeft == folded(right);
+}
+
+}  // namespace tavik::text

@@ -1,0 +1,25 @@
+# Warnings that every target of ours is built with. Headers of other projects are system headers and stay quiet.
+add_library(tavik_warnings INTERFACE)
+target_compile_options(tavik_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror)
+
+# tavik_library(NAME HEADERS ... SOURCES ... PUBLIC ... PRIVATE ...): the library of one folder. HEADERS and SOURCES are file
+# names in that folder; PUBLIC and PRIVATE are what it links. Includes are written from the program's folder.
+function(tavik_library name)
+  cmake_parse_arguments(ARG "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  if(ARG_SOURCES)
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} tavik_warnings)
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${ARG_PUBLIC})
+  endif()
+  get_target_property(kind ${name} TYPE)
+  if(kind STREQUAL "INTERFACE_LIBRARY")
+    set(visibility INTERFACE)
+  else()
+    set(visibility PUBLIC)
+  endif()
+  list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  target_sources(${name} ${visibility} FILE_SET HEADERS BASE_DIRS ${TAVIK_PROGRAM_DIR} FILES ${ARG_HEADERS})
+endfunction()
