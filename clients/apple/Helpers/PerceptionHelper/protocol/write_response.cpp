@@ -1,0 +1,74 @@
+#include "protocol/write_response.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <string>
+
+#include <boost/json/serialize.hpp>
+
+#include "text/utf8.h"
+
+namespace tavik {
+namespace {
+
+namespace json = boost::json;
+
+bool isExpressible(const json::value& value);
+
+bool isExpressible(const json::object& object) {
+  return std::all_of(object.begin(), object.end(), [](const auto& member) {
+    return text::isValidUTF8(member.key()) && isExpressible(member.value());
+  });
+}
+
+/// Boost.JSON writes strings and numbers unchecked.
+bool isExpressible(const json::value& value) {
+  switch (value.kind()) {
+    case json::kind::string:
+      return text::isValidUTF8(value.get_string());
+    case json::kind::double_:
+      return std::isfinite(value.get_double());
+    case json::kind::object:
+      return isExpressible(value.get_object());
+    case json::kind::array:
+      return std::all_of(value.get_array().begin(), value.get_array().end(),
+                         [](const auto& element) { return isExpressible(element); });
+    default:
+      return true;
+  }
+}
+
+/// The response as text, empty when it has none.
+std::string serialized(const json::object& response) {
+  try {
+    return isExpressible(response) ? json::serialize(response) : std::string();
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+void writeLine(std::string_view bytes, platform::StandardStreams& streams) {
+  streams.writeOutput(bytes);
+  streams.writeOutput("\n");
+}
+
+}  // namespace
+
+void writeResponse(const ResponseDictionary& response, platform::StandardStreams& streams) noexcept {
+  const auto bytes = serialized(response);
+  if (bytes.empty()) return writeSerializationFailure(streams);
+  writeLine(bytes, streams);
+}
+
+void writeError(const ErrorReply& reply, platform::StandardStreams& streams) {
+  ResponseDictionary response{{"ok", false}, {"code", reply.code}, {"error", reply.error}};
+  if (reply.hint) response["hint"] = *reply.hint;
+  writeResponse(response, streams);
+}
+
+void writeSerializationFailure(platform::StandardStreams& streams) noexcept {
+  writeLine(R"({"ok": false, "code": "helper_serialize_failed"})", streams);
+}
+
+}  // namespace tavik
