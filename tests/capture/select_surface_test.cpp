@@ -1,0 +1,102 @@
+#include "capture/select_surface.h"
+
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "fake/fake_platform.h"
+
+namespace tavik {
+namespace {
+
+using platform::Rect;
+using platform::Window;
+
+constexpr std::int32_t kApp = 7;
+constexpr std::int32_t kOther = 8;
+
+const ResolvedTargetApp kTargetApp{std::make_shared<fake::FakeApplication>(kApp, "a", "A")};
+
+Window window(std::uint32_t id, std::optional<std::int32_t> pid, Rect frame, bool isOnScreen = true,
+              std::int64_t layer = 0) {
+  return {.windowID = id,
+          .owningApplication = pid ? std::optional(platform::OwningApplication{*pid}) : std::nullopt,
+          .isOnScreen = isOnScreen,
+          .windowLayer = layer,
+          .frame = frame};
+}
+
+/// The chosen surface in a few words: "window 3 1000x600", "display 1 1920x1080", or the error's number.
+std::string chosen(const SurfaceRequest& request, const std::vector<Window>& windows,
+                   const platform::RunningApplicationRef& frontmost = {}) {
+  fake::FakeDesktop desktop{.frontmost = frontmost};
+  const platform::ShareableContent content{.displays = {{1, 1920, 1080}, {2, 5120, 2880}}, .windows = windows};
+  const auto result = selectSurface(request, content, *fake::makePlatform(desktop).workspace);
+  if (const auto* const error = std::get_if<CaptureImageError>(&result))
+    return "error " + std::to_string(static_cast<int>(*error));
+  const auto& [filter, configuration] = std::get<Surface>(result);
+  EXPECT_FALSE(configuration.showsCursor);
+  EXPECT_EQ(configuration.queueDepth, 1);
+  EXPECT_EQ(filter.display.displayID, 1U);
+  EXPECT_EQ(configuration.sourceRect.has_value(), request.target == Target::region);
+  const auto surface = filter.includedWindow ? "window " + std::to_string(filter.includedWindow->windowID) : "display";
+  return surface + " " + std::to_string(configuration.width) + "x" + std::to_string(configuration.height);
+}
+
+TEST(SelectSurface, ChoosesTheApplicationsWindow) {
+  struct Case {
+    std::string reason;
+    std::vector<Window> windows;
+    std::string expected;
+  };
+  const Rect tiny{0, 0, 50, 50}, small{0, 0, 100, 100}, large{0, 0, 1000.7, 600.9}, huge{0, 0, 5000, 5000};
+  for (const auto& [reason, windows, expected] : {
+           Case{"none listed", {}, "error 2"},
+           Case{"none of this process", {window(1, kOther, large), window(2, std::nullopt, large)}, "error 2"},
+           Case{"the size truncates", {window(1, kOther, huge), window(2, kApp, large)}, "window 2 1000x600"},
+           Case{"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
+           Case{"a small one beats a larger one on another layer",
+                {window(1, kApp, huge, true, 25), window(2, kApp, small), window(3, kApp, huge, true, -1)},
+                "window 2 100x100"},
+           Case{"and a larger minimized one",
+                {window(1, kApp, huge, false), window(2, kApp, small)},
+                "window 2 100x100"},
+           Case{"just too small to be preferred",
+                {window(1, kApp, {0, 0, 99.9, 500}), window(2, kApp, small)},
+                "window 2 100x100"},
+           Case{"none preferred: the largest of all",
+                {window(1, kApp, tiny), window(2, kApp, {0, 0, 60, 50})},
+                "window 2 60x50"},
+           Case{"the first of equals", {window(1, kApp, small), window(2, kApp, small)}, "window 1 100x100"},
+           Case{"minimized", {window(1, kApp, tiny), window(2, kApp, large, false)}, "error 3"},
+           Case{"no integer form", {window(1, kApp, {0, 0, std::numeric_limits<double>::infinity(), 200})}, "error 4"},
+       }) {
+    EXPECT_EQ(chosen({.target = Target::app, .targetApp = kTargetApp}, windows), expected) << reason;
+  }
+  EXPECT_EQ(chosen({.target = Target::app}, {window(1, kApp, large)}), "error 2") << "no application";
+}
+
+TEST(SelectSurface, ChoosesTheFrontmostWindowOrTheDisplay) {
+  const auto& front = kTargetApp.app;
+  const Window other = window(1, kOther, {0, 0, 900, 900}), hidden = window(2, kApp, {0, 0, 500, 500}, false);
+  const Window tiny = window(3, kApp, {0, 0, 40, 40}, true, 101), large = window(4, kApp, {0, 0, 900, 900});
+  EXPECT_EQ(chosen({.target = Target::focused_element}, {other, hidden, tiny, large}, front), "window 3 40x40");
+  EXPECT_EQ(chosen({.target = Target::focused_element}, {other, hidden}, front), "display 1920x1080");
+  EXPECT_EQ(chosen({.target = Target::focused_element}, {large}), "display 1920x1080") << "nobody in front";
+  EXPECT_EQ(chosen({.target = Target::screen, .targetApp = kTargetApp}, {large}, front), "display 1920x1080");
+}
+
+TEST(SelectSurface, TakesARegionAsItIs) {
+  const SurfaceRequest request{.target = Target::region, .region = Region{.x = -10, .y = 20, .w = 300, .h = 0}};
+  fake::FakeDesktop desktop;
+  const auto workspace = std::move(fake::makePlatform(desktop).workspace);
+  const auto result = selectSurface(request, {.displays = {{1, 10, 10}}}, *workspace);
+  EXPECT_EQ(std::get<Surface>(result).configuration.sourceRect, (Rect{-10, 20, 300, 0}));
+  EXPECT_EQ(chosen(request, {}), "display 300x0");
+  EXPECT_EQ(chosen({.target = Target::region}, {}), "error 0") << "no region";
+  EXPECT_EQ(std::get<CaptureImageError>(selectSurface(request, {}, *workspace)), CaptureImageError::noPrimaryDisplay);
+}
+
+}  // namespace
+}  // namespace tavik
