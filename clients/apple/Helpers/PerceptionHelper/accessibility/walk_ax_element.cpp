@@ -40,18 +40,19 @@ std::optional<ResponseArray> frameAttr(const UIElement& element) {
   return frame;
 }
 
-void add(std::string_view key, std::optional<std::string> text, ResponseDictionary& node) {
-  if (text) node[key] = std::move(*text);
+void add(std::string_view key, const std::optional<std::string>& text, ResponseDictionary& node) {
+  if (text) node[key] = *text;
 }
 
-void addCounted(std::string_view key, std::optional<std::string> text, ResponseDictionary& node, AXCounters& counters) {
+void addCounted(std::string_view key, const std::optional<std::string>& text, ResponseDictionary& node,
+                AXCounters& counters) {
   if (text) counters.textChars += text::characterCount(*text);
-  add(key, std::move(text), node);
+  add(key, text, node);
 }
 
 void addValue(const UIElement& element, bool isBlocked, ResponseDictionary& node, AXCounters& counters) {
-  auto value = stringAttr(element, "AXValue");
-  if (!value || !isBlocked) return addCounted("value", std::move(value), node, counters);
+  const auto value = stringAttr(element, "AXValue");
+  if (!value || !isBlocked) return addCounted("value", value, node, counters);
   node["value"] = "<redacted>";
   counters.redactionApplied = true;
 }
@@ -77,9 +78,9 @@ ResponseDictionary walkAXElement(const UIElement& element, WalkDepth depth, AXCo
                                  const SensitiveAppsConfig& redaction) {
   ++counters.nodeCount;
   ResponseDictionary node;
-  auto role = stringAttr(element, "AXRole");
+  const auto role = stringAttr(element, "AXRole");
   const bool isBlocked = role && redaction.axRoleTextBlocklist.contains(*role);
-  add("role", std::move(role), node);
+  add("role", role, node);
   addCounted("title", stringAttr(element, "AXTitle"), node, counters);
   addValue(element, isBlocked, node, counters);
   add("help", stringAttr(element, "AXHelp"), node);

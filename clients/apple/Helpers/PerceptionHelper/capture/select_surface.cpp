@@ -10,8 +10,8 @@ using platform::Display;
 using platform::Window;
 using SurfaceOrError = std::variant<Surface, CaptureImageError>;
 
-Surface surface(platform::ContentFilter filter, platform::PixelSize size) {
-  return {.filter = std::move(filter),
+Surface surface(const platform::ContentFilter& filter, platform::PixelSize size) {
+  return {.filter = filter,
           .configuration = {.width = size.width, .height = size.height, .showsCursor = false, .queueDepth = 1}};
 }
 
