@@ -1,5 +1,7 @@
 #include "policy/parse_sensitive_apps_yaml.h"
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -49,6 +51,24 @@ TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
        }) {
     EXPECT_EQ(parseSensitiveAppsYAML(text), expected) << reason;
   }
+}
+
+TEST(DeliveredPolicy, IsInTheReadersFormat) {
+  std::ifstream file(DELIVERED_POLICY);
+  std::string text(std::istreambuf_iterator<char>(file), {}), line;
+  const auto policy = parseSensitiveAppsYAML(text);
+  EXPECT_TRUE(policy.axRoleTextBlocklist.contains("AXSecureTextField"));
+  // Nothing in the file is skipped in silence: every line that is not blank, comment or header is an item.
+  std::size_t items = 0;
+  std::istringstream lines(text);
+  while (std::getline(lines, line)) {
+    const auto start = line.find_first_not_of(" \t");
+    if (start == std::string::npos || line[start] == '#' || line.back() == ':') continue;
+    EXPECT_EQ(line.find('#'), std::string::npos) << "a comment after an item is part of it: " << line;
+    ++items;
+  }
+  EXPECT_GT(policy.bundleIdBlocklist.size(), 20U);
+  EXPECT_EQ(policy.bundleIdBlocklist.size() + policy.axRoleTextBlocklist.size(), items);
 }
 
 }  // namespace
