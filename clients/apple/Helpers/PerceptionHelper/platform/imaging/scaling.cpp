@@ -1,0 +1,174 @@
+#include "platform/imaging/scaling.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include <zimg.h>
+
+#include "platform/imaging/bitmap_row.h"
+
+namespace tavik::platform::imaging {
+namespace {
+
+/// Eight times the bytes of an 8K screen; the program never asks for enlargements, so nothing real is near.
+constexpr std::size_t kMaximumBytes = std::size_t{1} << 30U;
+constexpr double kLobes = 3;
+
+/// The alignment that zimg asks of every buffer.
+struct alignas(64) CacheLine {
+  std::array<float, 16> values;
+};
+
+struct GraphFree {
+  void operator()(zimg_filter_graph* graph) const { zimg_filter_graph_free(graph); }
+};
+using Graph = std::unique_ptr<zimg_filter_graph, GraphFree>;
+
+zimg_image_format floatPlane(PixelSize size) {
+  zimg_image_format format;
+  zimg_image_format_default(&format, ZIMG_API_VERSION);
+  format.width = static_cast<unsigned>(size.width);
+  format.height = static_cast<unsigned>(size.height);
+  format.pixel_type = ZIMG_PIXEL_FLOAT;
+  return format;
+}
+
+/// The resampler of one plane. It works in float: with bytes, zimg would clip the overshoot between its two passes.
+Graph makeGraph(PixelSize from, PixelSize to) {
+  const zimg_image_format source = floatPlane(from);
+  const zimg_image_format target = floatPlane(to);
+  zimg_graph_builder_params parameters;
+  zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
+  parameters.resample_filter = ZIMG_RESIZE_LANCZOS;
+  parameters.filter_param_a = kLobes;
+  return Graph(zimg_filter_graph_build(&source, &target, &parameters));
+}
+
+/// What a graph wants its caller to provide.
+struct Needs {
+  unsigned inputRows = 0;
+  unsigned outputRows = 0;
+  std::size_t workBytes = 0;
+};
+
+std::optional<Needs> needsOf(const zimg_filter_graph* graph) {
+  Needs needs;
+  if (zimg_filter_graph_get_input_buffering(graph, &needs.inputRows) != ZIMG_ERROR_SUCCESS ||
+      zimg_filter_graph_get_output_buffering(graph, &needs.outputRows) != ZIMG_ERROR_SUCCESS ||
+      zimg_filter_graph_get_tmp_size(graph, &needs.workBytes) != ZIMG_ERROR_SUCCESS) {
+    return std::nullopt;
+  }
+  return needs;
+}
+
+/// Rows of floats for one side of the graph: row y is kept at y & mask.
+class RowBuffer {
+ public:
+  /// For planes of this size, of which the graph needs `rows` at a time (`ZIMG_BUFFER_MAX`: all of them).
+  RowBuffer(PixelSize size, unsigned rows)
+      : mask_(zimg_select_buffer_mask(rows)),
+        linesPerRow_(oddLines(size.width)),
+        lines_(linesPerRow_ * (mask_ == ZIMG_BUFFER_MAX ? static_cast<std::size_t>(size.height) : mask_ + 1U)) {}
+
+  float* row(unsigned y) { return lines_[(y & mask_) * linesPerRow_].values.data(); }
+  [[nodiscard]] unsigned mask() const { return mask_; }
+  [[nodiscard]] std::ptrdiff_t stride() const { return static_cast<std::ptrdiff_t>(linesPerRow_ * sizeof(CacheLine)); }
+
+ private:
+  /// Rows an odd number of cache lines apart: a multiple of 4096 bytes apart, the pixels of a column would share a set
+  /// of the cache.
+  static std::size_t oddLines(std::int64_t width) {
+    const std::size_t bytes = static_cast<std::size_t>(width) * sizeof(float);
+    return ((bytes + sizeof(CacheLine) - 1) / sizeof(CacheLine)) | 1U;
+  }
+
+  unsigned mask_;
+  std::size_t linesPerRow_;
+  std::vector<CacheLine> lines_;
+};
+
+/// One component on its way through the graph.
+struct Plane {
+  const Bitmap& source;
+  RowBuffer& input;
+  RowBuffer& output;
+  std::uint8_t* target;
+  std::size_t targetRowBytes;
+  unsigned shift;
+};
+
+int readRow(void* user, unsigned y, unsigned left, unsigned right) {
+  Plane& plane = *static_cast<Plane*>(user);
+  const std::uint8_t* from = rowOf(plane.source, y);
+  const unsigned shift = plane.shift;
+  float* to = plane.input.row(y);
+  for (std::size_t x = left; x < right; ++x) to[x] = static_cast<float>(componentOf(readPixel(from, x), shift));
+  return 0;
+}
+
+/// Rounds a row to bytes, none above the alpha that its pixel already has.
+int writeRow(void* user, unsigned y, unsigned left, unsigned right) {
+  Plane& plane = *static_cast<Plane*>(user);
+  const float* from = plane.output.row(y);
+  const unsigned shift = plane.shift;
+  std::uint8_t* to = plane.target + y * plane.targetRowBytes;
+  for (std::size_t x = left; x < right; ++x) {
+    const Pixel pixel = readPixel(to, x);
+    const auto alpha = static_cast<float>(componentOf(pixel, kAlphaShift));
+    const float above = std::min(std::max(from[x], 0.0F), alpha) + 0.5F;
+    writePixel(to, x, (pixel & ~(0xFFU << shift)) | (static_cast<Pixel>(static_cast<int>(above)) << shift));
+  }
+  return 0;
+}
+
+template <class Buffer>
+Buffer graphBuffer(RowBuffer& rows) {
+  Buffer buffer{};
+  buffer.version = ZIMG_API_VERSION;
+  buffer.plane[0].data = rows.row(0);
+  buffer.plane[0].stride = rows.stride();
+  buffer.plane[0].mask = rows.mask();
+  return buffer;
+}
+
+/// False when zimg gives up.
+bool resample(const zimg_filter_graph* graph, Plane& plane, std::vector<CacheLine>& work) {
+  const auto input = graphBuffer<zimg_image_buffer_const>(plane.input);
+  const auto output = graphBuffer<zimg_image_buffer>(plane.output);
+  return zimg_filter_graph_process(graph, &input, &output, work.data(), readRow, &plane, writeRow, &plane) ==
+         ZIMG_ERROR_SUCCESS;
+}
+
+/// Alpha comes first: it bounds the colour.
+std::span<const unsigned> componentsOf(AlphaMode alpha) {
+  static constexpr std::array kShifts{kAlphaShift, kBlueShift, kGreenShift, kRedShift};
+  return std::span(kShifts).subspan(alpha == AlphaMode::premultiplied ? 0 : 1);
+}
+
+}  // namespace
+
+std::optional<Bitmap> scaled(const Bitmap& source, PixelSize size) {
+  const auto rowBytes = static_cast<std::size_t>(size.width) * kBytesPerPixel;
+  const auto height = static_cast<std::size_t>(size.height);
+  if (height > kMaximumBytes / rowBytes) return std::nullopt;
+  const Graph graph = makeGraph(source.size, size);
+  const auto needs = graph ? needsOf(graph.get()) : std::nullopt;
+  if (!needs) return std::nullopt;
+
+  RowBuffer input(source.size, needs->inputRows);
+  RowBuffer output(size, needs->outputRows);
+  std::vector<CacheLine> work(needs->workBytes / sizeof(CacheLine) + 1);
+  const auto pixels = std::make_shared<std::vector<std::uint8_t>>(rowBytes * height, std::uint8_t{255});
+  for (const unsigned shift : componentsOf(source.alpha)) {
+    Plane plane{source, input, output, pixels->data(), rowBytes, shift};
+    if (!resample(graph.get(), plane, work)) return std::nullopt;
+  }
+  return Bitmap{size, rowBytes, source.alpha, {pixels, pixels->data()}};
+}
+
+}  // namespace tavik::platform::imaging
