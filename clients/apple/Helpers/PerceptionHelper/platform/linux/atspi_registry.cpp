@@ -1,0 +1,67 @@
+#include "platform/linux/atspi_registry.h"
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/atspi_reply.h"
+
+namespace tavik::platform::atspi {
+namespace {
+
+constexpr auto kBusDriver = "org.freedesktop.DBus";
+constexpr std::size_t kMaxApplications = 1000;
+
+/// What is known of a registered application.
+struct Application {
+  Reference root = {};
+  std::optional<std::uint32_t> processID = {};
+  bool hasWindows = false;
+};
+
+std::vector<Application> registeredApplications(Conversation& conversation) {
+  const Reference registry{.busName = "org.a11y.atspi.Registry", .path = "/org/a11y/atspi/accessible/root"};
+  std::vector<Application> applications;
+  conversation.ask(registry, kAccessible, "GetChildren", [&applications](const Answer& answer) {
+    for (auto& root : readReferences(answer.reply, kMaxApplications).value_or(std::vector<Reference>{}))
+      applications.push_back({.root = std::move(root)});
+  });
+  conversation.settle();
+  return applications;
+}
+
+void askProcessIDs(Conversation& conversation, std::vector<Application>& applications) {
+  const Reference driver{.busName = kBusDriver, .path = "/org/freedesktop/DBus"};
+  for (Application& application : applications)
+    conversation.ask(
+        driver, kBusDriver, "GetConnectionUnixProcessID",
+        [&application](const Answer& answer) { application.processID = readUInt32(answer.reply); }, "s",
+        application.root.busName.c_str());
+  conversation.settle();
+}
+
+void askForWindows(Conversation& conversation, std::vector<Application>& applications) {
+  for (Application& application : applications)
+    conversation.askProperty(application.root, kAccessible, "ChildCount", [&application](const Answer& answer) {
+      application.hasWindows = readInt32Property(answer.reply).value_or(0) > 0;
+    });
+  conversation.settle();
+}
+
+}  // namespace
+
+std::optional<Reference> findApplication(Conversation& conversation, std::int32_t processID) {
+  auto applications = registeredApplications(conversation);
+  askProcessIDs(conversation, applications);
+  std::erase_if(applications, [processID](const Application& application) {
+    return !application.processID || std::cmp_not_equal(*application.processID, processID);
+  });
+  if (applications.empty()) return std::nullopt;
+  if (applications.size() > 1) askForWindows(conversation, applications);
+  for (const Application& application : applications) {
+    if (application.hasWindows) return application.root;
+  }
+  return applications.front().root;
+}
+
+}  // namespace tavik::platform::atspi

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "platform/linux/atspi_conversation.h"
+
+namespace tavik::platform::atspi {
+
+/// The root object of the application that a process has registered on the accessibility bus, if it has. A process may
+/// have registered several: then it is the first that has windows, else the first.
+std::optional<Reference> findApplication(Conversation& conversation, std::int32_t processID);
+
+}  // namespace tavik::platform::atspi

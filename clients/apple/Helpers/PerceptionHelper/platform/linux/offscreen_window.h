@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <vector>
+
+#include <xcb/damage.h>
+
+#include "platform/linux/managed_window.h"
+#include "platform/linux/pixel_rect.h"
+#include "platform/linux/x_connection.h"
+
+namespace tavik::platform::x11 {
+
+/// Follows how a window is drawn again where it could not be seen.
+class RepaintProgress {
+ public:
+  /// `hidden` is what could not be seen, and `client` the part of the window that its application draws.
+  RepaintProgress(std::vector<PixelRect> hidden, const PixelRect& client);
+
+  /// Something has been drawn there; by the server alone when it has only filled in the window's background.
+  void noteDrawing(const PixelRect& area, bool byServer);
+  /// True when everything has been drawn.
+  bool isComplete() const { return missing_.empty(); }
+  /// How long nothing may be drawn before the window counts as finished. An application that has drawn nothing yet may
+  /// have nothing to draw on the background, or may not have got round to it.
+  std::chrono::milliseconds quietPeriod() const;
+
+ private:
+  std::vector<PixelRect> missing_;
+  std::vector<PixelRect> applications_;
+  bool applicationHasDrawn_;
+};
+
+/// While this lives, a window is drawn whole into memory of its own and copied to the screen from there, which nobody
+/// can see (Composite, automatic redirection). Ended by the server when the program ends first.
+class OffscreenWindow {
+ public:
+  OffscreenWindow(XConnection& connection, xcb_window_t frame);
+  OffscreenWindow(const OffscreenWindow&) = delete;
+  OffscreenWindow& operator=(const OffscreenWindow&) = delete;
+  ~OffscreenWindow();
+
+  /// Waits until the window is complete, in the coordinates that its own drawing has. False when it is not within 400
+  /// ms.
+  bool waitForRepaint(RepaintProgress progress);
+
+ private:
+  XConnection& connection_;
+  xcb_window_t frame_;
+  xcb_damage_damage_t damage_;
+  std::uint16_t redirectSequence_;
+};
+
+}  // namespace tavik::platform::x11

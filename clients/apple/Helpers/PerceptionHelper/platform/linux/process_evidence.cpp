@@ -1,0 +1,49 @@
+#include "platform/linux/process_evidence.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+#include "platform/linux/key_file.h"
+#include "platform/linux/regular_file.h"
+#include "text/utf8.h"
+
+namespace tavik::platform::posix {
+namespace {
+
+constexpr std::size_t kLargestFile = std::size_t{64} * 1024;
+
+std::string procFile(std::int32_t processID, const char* name) {
+  return "/proc/" + std::to_string(processID) + "/" + name;
+}
+
+}  // namespace
+
+std::string flatpakID(std::int32_t processID) {
+  const auto text = readRegularFile(procFile(processID, "root/.flatpak-info"), kLargestFile);
+  const auto file = text ? desktop_entries::parseKeyFile(*text) : nullptr;
+  return file ? desktop_entries::plainString(file, "Application", "name").value_or("") : "";
+}
+
+std::string executableName(std::int32_t processID) {
+  constexpr std::string_view replaced = " (deleted)";
+  std::error_code error;
+  auto name = std::filesystem::read_symlink(procFile(processID, "exe"), error).filename().string();
+  if (name.ends_with(replaced)) name.resize(name.size() - replaced.size());
+  return text::toValidUTF8(name);
+}
+
+std::string processName(std::int32_t processID) {
+  const auto name = readRegularFile(procFile(processID, "comm"), kLargestFile).value_or("");
+  return text::toValidUTF8(std::string_view(name).substr(0, name.find('\n')));
+}
+
+bool isStopped(std::int32_t processID) {
+  // "PID (NAME) STATE ...", where the name may hold anything (proc(5)).
+  const auto status = readRegularFile(procFile(processID, "stat"), kLargestFile).value_or("");
+  const auto state = status.rfind(')') + 2;
+  return state < status.size() && std::string_view("TtZX").find(status[state]) != std::string_view::npos;
+}
+
+}  // namespace tavik::platform::posix

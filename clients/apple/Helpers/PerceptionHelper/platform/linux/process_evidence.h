@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// What the proc file system tells about a process. Empty when it tells nothing: the process is gone, or another
+/// user's.
+namespace tavik::platform::posix {
+
+/// The application's name by its Flatpak sandbox. Valid UTF-8.
+std::string flatpakID(std::int32_t processID);
+
+/// The base name of the file that the process runs, also when an update has replaced that file. Valid UTF-8.
+std::string executableName(std::int32_t processID);
+
+/// The name that the kernel has for the process, at most 15 bytes long. Valid UTF-8.
+std::string processName(std::int32_t processID);
+
+/// True for a process that has been stopped, is being traced, or has ended: it draws nothing now.
+bool isStopped(std::int32_t processID);
+
+}  // namespace tavik::platform::posix

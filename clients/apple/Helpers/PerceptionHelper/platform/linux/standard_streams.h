@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/standard_streams.h"
+
+namespace tavik::platform::posix {
+
+/// The process's standard streams. Makes writing to a reader that has gone away an error instead of a signal (SIGPIPE),
+/// and occupies those of the descriptors 0 to 2 that the parent closed, lest a connection opened later gets one of them
+/// and with it the response.
+std::unique_ptr<StandardStreams> makeStandardStreams();
+
+}  // namespace tavik::platform::posix

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include <xcb/xproto.h>
+
+namespace tavik::platform::x11 {
+
+/// The atoms that are not predefined by the protocol: of ICCCM, EWMH, GTK and AT-SPI.
+enum class Atom : std::uint8_t {
+  utf8String,
+  supportingWMCheck,
+  clientList,
+  clientListStacking,
+  activeWindow,
+  currentDesktop,
+  wmName,
+  wmPID,
+  wmDesktop,
+  wmWindowType,
+  typeDesktop,
+  typeDock,
+  typeSplash,
+  typeNotification,
+  typeUtility,
+  wmState,
+  stateHidden,
+  stateShaded,
+  stateAbove,
+  stateBelow,
+  stateSkipTaskbar,
+  icccmState,
+  gtkApplicationID,
+  gtkFrameExtents,
+  atspiBus,
+};
+
+inline constexpr std::array<std::string_view, 25> kAtomNames{
+    "UTF8_STRING",
+    "_NET_SUPPORTING_WM_CHECK",
+    "_NET_CLIENT_LIST",
+    "_NET_CLIENT_LIST_STACKING",
+    "_NET_ACTIVE_WINDOW",
+    "_NET_CURRENT_DESKTOP",
+    "_NET_WM_NAME",
+    "_NET_WM_PID",
+    "_NET_WM_DESKTOP",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_TYPE_DESKTOP",
+    "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_WM_WINDOW_TYPE_SPLASH",
+    "_NET_WM_WINDOW_TYPE_NOTIFICATION",
+    "_NET_WM_WINDOW_TYPE_UTILITY",
+    "_NET_WM_STATE",
+    "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STATE_SHADED",
+    "_NET_WM_STATE_ABOVE",
+    "_NET_WM_STATE_BELOW",
+    "_NET_WM_STATE_SKIP_TASKBAR",
+    "WM_STATE",
+    "_GTK_APPLICATION_ID",
+    "_GTK_FRAME_EXTENTS",
+    "AT_SPI_BUS",
+};
+static_assert(kAtomNames.size() == static_cast<std::size_t>(Atom::atspiBus) + 1);
+
+/// The server's number of each atom.
+using AtomTable = std::array<xcb_atom_t, kAtomNames.size()>;
+
+}  // namespace tavik::platform::x11

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/accessibility_geometry.h"
+#include "platform/linux/atspi_bus.h"
+
+namespace tavik::platform::atspi {
+
+/// An object of a fake application.
+struct FakeObject {
+  std::uint32_t role = 39;  ///< panel
+  std::string roleName = "panel";
+  std::uint32_t states = 0;
+  std::vector<std::string> interfaces = {};  ///< without "org.a11y.atspi."
+  std::string name = {};
+  std::string text = {};
+  Extents extents = {};
+  std::string toolkitName = {};
+  std::string toolkitVersion = {};
+  std::vector<std::string> children = {};  ///< paths; an empty one is the null object
+  std::vector<std::string> matches = {};   ///< paths that Collection.GetMatches finds
+  std::set<std::string> failing = {};      ///< methods and properties that answer with an error
+  std::set<std::string> mute = {};         ///< those that never answer
+};
+
+/// An application that answers from a thread of its own at the other end of a socket.
+class FakePeer {
+ public:
+  explicit FakePeer(std::map<std::string, FakeObject> objects);
+  FakePeer(const FakePeer&) = delete;
+  FakePeer& operator=(const FakePeer&) = delete;
+  ~FakePeer();
+
+  Bus takeConnection() { return std::exchange(connection_, nullptr); }
+  /// How often a method was called, or a property read, of one object, or of all.
+  int calls(const std::string& member, const std::string& path = {}) const;
+
+ private:
+  void serve(int descriptor);
+  static int onMessage(sd_bus_message* call, void* self, sd_bus_error*);
+
+  std::map<std::string, FakeObject> objects_;
+  mutable std::mutex mutex_;
+  std::map<std::string, std::map<std::string, int>> calls_;  ///< by member, then by path
+  Bus connection_;
+  std::thread thread_;
+};
+
+}  // namespace tavik::platform::atspi
