@@ -1,0 +1,90 @@
+"""Whatever becomes of the streams, a run exits with 0 and writes one response or nothing. Applications may hang."""
+
+import fcntl
+import json
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+from perception import DEADLINE_SECONDS, HELPER, ask, run
+from witnesses import client_window, tool
+
+SCREEN = b'{"target":"screen","level":"pixel_perfect"}'
+DIAGNOSTIC = b"[tavik-perception-helper] decode error: "
+
+
+def shell(script: str) -> subprocess.CompletedProcess:
+    """Runs a script in which $0 is the helper, with a request on standard input."""
+    command = ["/bin/bash", "-c", script, HELPER]
+    return subprocess.run(command, input=SCREEN, capture_output=True, timeout=DEADLINE_SECONDS)
+
+
+class StreamsTest(unittest.TestCase):
+    def test_requests_that_name_no_target(self) -> None:
+        for reason, request, diagnostics in (
+            ("an empty object", b"{}", 0),
+            ("nothing", b"", 0),
+            ("blanks", b" \n", 1),
+            ("cut short", b'{"target":"scr', 1),
+            ("not text", b"\xff\xfe\x00{}", 1),
+            ("no object", b"[]", 1),
+            ("an unknown target", b'{"target":"Screen"}', 1),
+            ("deeper than any stack", b'{"target":' + b"[" * 1_000_000, 1),
+        ):
+            with self.subTest(reason):
+                done = run(request)
+                self.assertEqual((done.returncode, json.loads(done.stdout)["code"]), (0, "target_required"))
+                self.assertEqual((done.stderr.count(DIAGNOSTIC), done.stderr.count(b"\n")), (diagnostics, diagnostics))
+
+    def test_input(self) -> None:
+        byte_by_byte = 'while IFS= read -r -n 1 c; do printf %s "$c"; sleep 0.005; done | "$0"'
+        for reason, script, succeeds in (("closed", '"$0" <&-', False), ("slow", byte_by_byte, True)):
+            with self.subTest(reason):
+                done = shell(script)
+                self.assertEqual((done.returncode, json.loads(done.stdout)["ok"]), (0, succeeds))
+
+    def test_output_that_nobody_takes(self) -> None:
+        for reason, script in (
+            ("closed", '"$0" >&-'),
+            ("full", '"$0" >/dev/full'),
+            ("read only", '"$0" 1</dev/null'),
+            ("every stream closed", '"$0" <&- >&- 2>&-'),
+            ("the reader has gone", '"$0" | : ; exit "${PIPESTATUS[0]}"'),
+        ):
+            with self.subTest(reason):
+                done = shell(script)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
+
+    def test_slow_reader_gets_everything(self) -> None:
+        """A pipe that another owner has made non-blocking takes 64 KB, and then nothing for a while."""
+        reading, writing = os.pipe()
+        fcntl.fcntl(writing, fcntl.F_SETFL, os.O_NONBLOCK)
+        with subprocess.Popen([HELPER], stdin=subprocess.PIPE, stdout=writing) as process:
+            os.close(writing)
+            process.stdin.write(b'{"target":"screen","format":"png","max_long_edge_px":0}')
+            process.stdin.close()
+            time.sleep(0.5)
+            with open(reading, "rb") as stream:
+                written = stream.read()
+        self.assertEqual(process.returncode, 0)
+        self.assertGreater(len(json.loads(written)["data"]["image"]), 65536)
+
+
+class StoppedApplicationTest(unittest.TestCase):
+    def test_does_not_hold_the_helper(self) -> None:
+        application = int(tool("xdotool", "getwindowpid", client_window("sign-in-window")))
+        for reason, request in (
+            ("its tree and its window", {"app_name": "sign-in-window"}),
+            ("its focused element", {"target": "focused_element"}),
+            ("the screen that it stands on", {"target": "screen"}),
+        ):
+            with self.subTest(reason):
+                os.kill(application, signal.SIGSTOP)
+                begin = time.monotonic()
+                try:
+                    ask(request)
+                finally:
+                    os.kill(application, signal.SIGCONT)
+                self.assertLess(time.monotonic() - begin, 3)
