@@ -23,3 +23,11 @@ function(tavik_library name)
   list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   target_sources(${name} ${visibility} FILE_SET HEADERS BASE_DIRS ${TAVIK_PROGRAM_DIR} FILES ${ARG_HEADERS})
 endfunction()
+
+# tavik_coroutines(NAME): for a library with coroutines. An old clang++ cannot write the object files in which this check of
+# UndefinedBehaviorSanitizer has put a prologue into them (llvm-project #49689).
+function(tavik_coroutines name)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 17)
+    target_compile_options(${name} PRIVATE -fno-sanitize=function)
+  endif()
+endfunction()

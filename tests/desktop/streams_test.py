@@ -84,7 +84,7 @@ class StoppedApplicationTest(unittest.TestCase):
                 os.kill(application, signal.SIGSTOP)
                 begin = time.monotonic()
                 try:
-                    ask(request)
+                    self.assertTrue(ask(request)["ok"])
                 finally:
                     os.kill(application, signal.SIGCONT)
                 self.assertLess(time.monotonic() - begin, 3)

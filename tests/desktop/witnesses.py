@@ -7,7 +7,6 @@ import re
 import subprocess
 import tempfile
 import time
-from collections.abc import Callable
 from pathlib import Path
 
 import gi
@@ -17,7 +16,6 @@ from gi.repository import Atspi  # noqa: E402
 
 # The AT-SPI roles that occur in the applications under test.
 ROLES = {
-    "AXApplication": ["application"],
     "AXButton": ["push button"],
     "AXCheckBox": ["check box", "toggle button"],
     "AXComboBox": ["combo box"],
@@ -27,7 +25,7 @@ ROLES = {
     "AXMenu": ["menu", "popup menu"],
     "AXMenuBar": ["menu bar"],
     "AXMenuItem": ["menu item", "check menu item", "radio menu item"],
-    "AXRadioButton": ["page tab", "radio button"],
+    "AXRadioButton": ["page tab"],
     "AXScrollArea": ["scroll pane"],
     "AXScrollBar": ["scroll bar"],
     "AXSecureTextField": ["password text"],
@@ -52,13 +50,6 @@ def output_of(*command: str, stdin: bytes = b"") -> bytes:
     return subprocess.run(command, input=stdin, check=True, capture_output=True, timeout=20).stdout
 
 
-def wait_until(holds: Callable[[], object], what: str) -> None:
-    deadline = time.monotonic() + 10
-    while not holds():
-        assert time.monotonic() < deadline, f"waited in vain until {what}"
-        time.sleep(0.02)
-
-
 def client_window(window_class: str) -> str:
     """The identifier of the one window of this class."""
     (window,) = (line.split()[0] for line in tool("wmctrl", "-lx").splitlines() if f".{window_class} " in line)
@@ -79,11 +70,13 @@ def active_window() -> int:
 
 def activate(client: str) -> None:
     tool("xdotool", "windowactivate", client)
-    wait_until(lambda: active_window() == int(client, 16), "the window is active")
+    deadline = time.monotonic() + 10
+    while active_window() != int(client, 16):
+        assert time.monotonic() < deadline, "the window does not become active"
 
 
 def still_screenshot(window: str) -> str:
-    """The file of what xwd sees of a window that nothing covers, once it has stopped changing. It goes with the desktop."""
+    """The file, in the desktop's home, of what xwd sees of an uncovered window once it has stopped changing."""
     target = ["-root"] if window == "root" else ["-id", window]
     shots = [b"", output_of("xwd", "-silent", *target)]
     while shots[-1] != shots[-2]:

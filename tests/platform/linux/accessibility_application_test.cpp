@@ -68,7 +68,9 @@ TEST(Application, ShowsWindowCoordinatesOfGTK4OnTheScreen) {
            Case{"so does Qt of any version", "Qt", "5.15.8", {0, 0}},
            Case{"and whoever says nothing", "", "", {0, 0}},
        }) {
-    FakePeer peer(twoWindows(row.toolkit, row.version));
+    auto objects = twoWindows(row.toolkit, row.version);
+    for (auto& [path, object] : objects) object.knowsScreen = row.expected == Point{};
+    FakePeer peer(objects);
     const Application application = applicationOn(peer);
     const auto position = elementOf(application, "AXMainWindow")->copyAttributeValue("AXPosition");
     EXPECT_EQ(std::get<Point>(*position), row.expected) << row.reason;

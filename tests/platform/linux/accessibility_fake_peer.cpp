@@ -54,9 +54,12 @@ void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject&
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());
   if (member == "GetState") sd_bus_message_append(reply, "au", 2, object.states, 0U);
   if (member == "GetText") sd_bus_message_append(reply, "s", object.text.c_str());
-  if (member == "GetExtents")
-    sd_bus_message_append(reply, "(iiii)", object.extents.x, object.extents.y, object.extents.width,
-                          object.extents.height);
+  if (member == "GetExtents") {
+    std::uint32_t coordinates = 0;
+    sd_bus_message_read(call, "u", &coordinates);
+    const auto [x, y, width, height] = coordinates == 0 && !object.knowsScreen ? Extents{} : object.extents;
+    sd_bus_message_append(reply, "(iiii)", x, y, width, height);
+  }
   if (member == "GetInterfaces") {
     sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "s");
     for (const auto& name : object.interfaces) sd_bus_message_append(reply, "s", ("org.a11y.atspi." + name).c_str());

@@ -23,6 +23,7 @@ struct FakeObject {
   std::string name = {};
   std::string text = {};
   Extents extents = {};
+  bool knowsScreen = true;  ///< else extents on the screen are all 0
   std::string toolkitName = {};
   std::string toolkitVersion = {};
   std::vector<std::string> children = {};  ///< paths; an empty one is the null object
