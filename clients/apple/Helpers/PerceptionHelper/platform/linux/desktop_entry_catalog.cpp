@@ -46,7 +46,7 @@ std::map<std::string, std::string> filesOf(const std::string& folder) {
 std::vector<std::string> applicationFolders() {
   std::vector<std::string> folders;
   const auto add = [&](const char* folder) {
-    // The specification has relative paths ignored.
+    // freedesktop.org has relative paths ignored.
     if (fs::path(folder).is_absolute()) folders.push_back((fs::path(folder) / "applications").string());
   };
   add(g_get_user_data_dir());

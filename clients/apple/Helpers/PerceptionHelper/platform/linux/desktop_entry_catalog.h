@@ -11,8 +11,8 @@
 
 namespace tavik::platform::desktop_entries {
 
-/// The folders that hold the installed applications' entries, those with precedence first (XDG Base Directory
-/// Specification).
+/// The folders that hold the installed applications' entries, those with precedence first (XDG base
+/// directories of freedesktop.org).
 std::vector<std::string> applicationFolders();
 
 /// The desktop entries of some folders. Folders are listed at the first question, and each file is read when it is

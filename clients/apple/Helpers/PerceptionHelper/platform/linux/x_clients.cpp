@@ -9,9 +9,8 @@ namespace tavik::platform::x11 {
 std::vector<XClient> clients(XConnection& connection) {
   if (!connection.hasExtension(xcb_res_id)) return {};
   constexpr std::uint32_t allClients = 0;
-  constexpr xcb_res_client_id_spec_t specification{.client = allClients,
-                                                   .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-  const auto cookie = xcb_res_query_client_ids(connection.xcb(), 1, &specification);
+  constexpr xcb_res_client_id_spec_t processIDs{.client = allClients, .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+  const auto cookie = xcb_res_query_client_ids(connection.xcb(), 1, &processIDs);
   const auto reply = connection.reply(xcb_res_query_client_ids_reply, cookie);
   if (!reply) return {};
   // The identifiers follow the reply's fixed part, which is 32 bytes long; its length counts words of 4 bytes.
