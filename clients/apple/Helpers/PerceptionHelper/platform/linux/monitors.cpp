@@ -1,39 +1,16 @@
 #include "platform/linux/monitors.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstddef>
-#include <memory>
-#include <sstream>
-#include <string_view>
 #include <utility>
 
 #include <xcb/randr.h>
-#include <xcb/xcb_xrm.h>
 
 #include "platform/linux/pixel_rect.h"
 #include "platform/linux/x_property.h"
 
 namespace tavik::platform::x11 {
 namespace {
-
-struct DatabaseDeleter {
-  void operator()(xcb_xrm_database_t* database) const { xcb_xrm_database_free(database); }
-};
-
-using Database = std::unique_ptr<xcb_xrm_database_t, DatabaseDeleter>;
-
-/// The resources without lines like #include, which would have files opened that any client can name.
-std::string withoutDirectives(const std::string& resources) {
-  std::istringstream lines(resources);
-  std::string kept;
-  for (std::string line; std::getline(lines, line);) {
-    const auto start = line.find_first_not_of(" \t");
-    if (start == std::string::npos || line[start] != '#') kept += line + '\n';
-  }
-  return kept;
-}
 
 std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply) {
   std::vector<Monitor> monitors;
@@ -70,25 +47,6 @@ std::vector<Monitor> monitors(XConnection& connection) {
   if (!connection.isReachable()) return {};
   const auto& screen = connection.screen();
   return {{.displayID = screen.root, .rect = {.width = screen.width_in_pixels, .height = screen.height_in_pixels}}};
-}
-
-double scaleFactorOfResources(const std::string& resources) {
-  constexpr double unscaledDPI = 96;
-  const Database database(xcb_xrm_database_from_string(withoutDirectives(resources).c_str()));
-  char* value = nullptr;
-  if (!database || xcb_xrm_resource_get_string(database.get(), "Xft.dpi", nullptr, &value) < 0) return 1;
-  const MallocPtr<char> owned(value);
-  const std::string_view digits = value;
-  double dpi = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), dpi);
-  return std::isfinite(dpi) ? std::max(1.0, dpi / unscaledDPI) : 1;
-}
-
-double scaleFactor(XConnection& connection) {
-  if (!connection.isReachable()) return 1;
-  constexpr std::uint32_t resourceBytes = 256 * 1024;
-  const auto cookie = requestProperty(connection, connection.root(), XCB_ATOM_RESOURCE_MANAGER, resourceBytes);
-  return scaleFactorOfResources(textOf(property(connection, cookie)));
 }
 
 }  // namespace tavik::platform::x11

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include <xcb/xproto.h>
@@ -22,12 +21,5 @@ struct Monitor {
 /// The monitors, the primary one first and then in the server's order (RandR 1.5). For a server without them it is the
 /// root window as the only one.
 std::vector<Monitor> monitors(XConnection& connection);
-
-/// Pixels per point: the resource Xft.dpi among `resources` (the text of the property RESOURCE_MANAGER) by 96, the dots
-/// per inch at which the desktops draw text unscaled. At least 1, and 1 without such a resource.
-double scaleFactorOfResources(const std::string& resources);
-
-/// The same, as the server's resources have it.
-double scaleFactor(XConnection& connection);
 
 }  // namespace tavik::platform::x11

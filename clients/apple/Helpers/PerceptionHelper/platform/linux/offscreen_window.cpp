@@ -5,6 +5,8 @@
 
 #include <xcb/composite.h>
 
+#include "platform/linux/process_activity.h"
+
 namespace tavik::platform::x11 {
 
 RepaintProgress::RepaintProgress(std::vector<PixelRect> hidden, const PixelRect& client)
@@ -41,23 +43,39 @@ OffscreenWindow::~OffscreenWindow() {
   xcb_flush(xcb);
 }
 
-bool OffscreenWindow::waitForRepaint(RepaintProgress progress) {
-  constexpr std::chrono::milliseconds limit{400};
+/// True for what happened up to the redirection, or came of it.
+bool OffscreenWindow::isOfRedirection(const xcb_generic_event_t& event) const {
+  return static_cast<std::int16_t>(event.sequence - redirectSequence_) <= 0;
+}
+
+bool OffscreenWindow::noteDrawing(const xcb_generic_event_t& event, RepaintProgress& progress) const {
   const auto* const damage = connection_.extension(xcb_damage_id);
-  if (damage == nullptr) return false;
+  if (damage == nullptr || (event.response_type & 0x7F) != damage->first_event + XCB_DAMAGE_NOTIFY) return false;
+  const auto& [x, y, width, height] = reinterpret_cast<const xcb_damage_notify_event_t&>(event).area;
+  progress.noteDrawing({.x = x, .y = y, .width = width, .height = height}, isOfRedirection(event));
+  return true;
+}
+
+bool OffscreenWindow::waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID) {
+  constexpr std::chrono::milliseconds limit{400};
   const auto end = Clock::now() + limit;
-  auto lastDrawing = Clock::now();
-  while (true) {
-    const auto finished = lastDrawing + progress.quietPeriod();
+  auto quietSince = Clock::now();
+  while (!watch.hasChanged() && !watch.otherHasChanged()) {
+    const auto finished = quietSince + progress.quietPeriod();
     const auto event = connection_.nextEvent(progress.isComplete() ? std::min(end, finished) : end);
-    if (!event) return progress.isComplete();
-    if ((event->response_type & 0x7F) != damage->first_event + XCB_DAMAGE_NOTIFY) continue;
-    const auto& drawing = *reinterpret_cast<const xcb_damage_notify_event_t*>(event.get());
-    const auto& [x, y, width, height] = drawing.area;
-    progress.noteDrawing({.x = x, .y = y, .width = width, .height = height},
-                         static_cast<std::int16_t>(drawing.sequence - redirectSequence_) <= 0);
-    lastDrawing = Clock::now();
+    if (event && !noteDrawing(*event, progress)) {
+      watch.note(*event);
+      // A window with memory of its own is not touched by what covers it.
+      if (!isOfRedirection(*event)) watch.forgetOthers();
+      continue;
+    }
+    quietSince = Clock::now();
+    if (event) continue;
+    if (!progress.isComplete() || !connection_.isReachable()) return false;
+    if (progress.applicationHasDrawn() || posix::isIdle(processID)) return true;
+    if (quietSince >= end) return false;
   }
+  return false;
 }
 
 }  // namespace tavik::platform::x11

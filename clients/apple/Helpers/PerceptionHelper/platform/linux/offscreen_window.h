@@ -8,6 +8,7 @@
 
 #include "platform/linux/managed_window.h"
 #include "platform/linux/pixel_rect.h"
+#include "platform/linux/structure_watch.h"
 #include "platform/linux/x_connection.h"
 
 namespace tavik::platform::x11 {
@@ -22,8 +23,10 @@ class RepaintProgress {
   void noteDrawing(const PixelRect& area, bool byServer);
   /// True when everything has been drawn.
   bool isComplete() const { return missing_.empty(); }
-  /// How long nothing may be drawn before the window counts as finished. An application that has drawn nothing yet may
-  /// have nothing to draw on the background, or may not have got round to it.
+  /// False as long as the hidden part of what the application draws shows its background alone. It may have nothing to
+  /// draw there, it may not have got round to it, or it may hang.
+  bool applicationHasDrawn() const { return applicationHasDrawn_; }
+  /// How long nothing may be drawn before the window counts as finished.
   std::chrono::milliseconds quietPeriod() const;
 
  private:
@@ -41,11 +44,14 @@ class OffscreenWindow {
   OffscreenWindow& operator=(const OffscreenWindow&) = delete;
   ~OffscreenWindow();
 
-  /// Waits until the window is complete, in the coordinates that its own drawing has. False when it is not within 400
-  /// ms.
-  bool waitForRepaint(RepaintProgress progress);
+  /// Waits until the window is complete, in the coordinates that its own drawing has, and until its application has
+  /// drawn or has nothing left to do. False when that does not come about within 400 ms, or when the window changes.
+  bool waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID);
 
  private:
+  bool isOfRedirection(const xcb_generic_event_t& event) const;
+  bool noteDrawing(const xcb_generic_event_t& event, RepaintProgress& progress) const;
+
   XConnection& connection_;
   xcb_window_t frame_;
   xcb_damage_damage_t damage_;

@@ -39,11 +39,4 @@ std::string processName(std::int32_t processID) {
   return text::toValidUTF8(std::string_view(name).substr(0, name.find('\n')));
 }
 
-bool isStopped(std::int32_t processID) {
-  // "PID (NAME) STATE ...", where the name may hold anything (proc(5)).
-  const auto status = readRegularFile(procFile(processID, "stat"), kLargestFile).value_or("");
-  const auto state = status.rfind(')') + 2;
-  return state < status.size() && std::string_view("TtZX").find(status[state]) != std::string_view::npos;
-}
-
 }  // namespace tavik::platform::posix

@@ -16,7 +16,4 @@ std::string executableName(std::int32_t processID);
 /// The name that the kernel has for the process, at most 15 bytes long. Valid UTF-8.
 std::string processName(std::int32_t processID);
 
-/// True for a process that has been stopped, is being traced, or has ended: it draws nothing now.
-bool isStopped(std::int32_t processID);
-
 }  // namespace tavik::platform::posix

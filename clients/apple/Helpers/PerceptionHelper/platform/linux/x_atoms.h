@@ -9,7 +9,7 @@
 
 namespace tavik::platform::x11 {
 
-/// The atoms that are not predefined by the protocol: of ICCCM, EWMH, GTK and AT-SPI.
+/// The atoms that are not predefined by the protocol: of ICCCM, EWMH, GTK, AT-SPI and XSETTINGS.
 enum class Atom : std::uint8_t {
   utf8String,
   supportingWMCheck,
@@ -36,9 +36,12 @@ enum class Atom : std::uint8_t {
   gtkApplicationID,
   gtkFrameExtents,
   atspiBus,
+  compositingManager,
+  xsettingsManager,
+  xsettingsSettings,
 };
 
-inline constexpr std::array<std::string_view, 25> kAtomNames{
+inline constexpr std::array<std::string_view, 28> kAtomNames{
     "UTF8_STRING",
     "_NET_SUPPORTING_WM_CHECK",
     "_NET_CLIENT_LIST",
@@ -64,8 +67,11 @@ inline constexpr std::array<std::string_view, 25> kAtomNames{
     "_GTK_APPLICATION_ID",
     "_GTK_FRAME_EXTENTS",
     "AT_SPI_BUS",
+    "_NET_WM_CM_S0",
+    "_XSETTINGS_S0",
+    "_XSETTINGS_SETTINGS",
 };
-static_assert(kAtomNames.size() == static_cast<std::size_t>(Atom::atspiBus) + 1);
+static_assert(kAtomNames.size() == static_cast<std::size_t>(Atom::xsettingsSettings) + 1);
 
 /// The server's number of each atom.
 using AtomTable = std::array<xcb_atom_t, kAtomNames.size()>;

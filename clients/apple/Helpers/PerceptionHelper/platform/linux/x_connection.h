@@ -45,6 +45,10 @@ class XConnection {
     return MallocPtr<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
   }
 
+  /// An event, or a failed request's error, that has come with an earlier reply; null when there is none left.
+  MallocPtr<xcb_generic_event_t> queuedEvent() {
+    return MallocPtr<xcb_generic_event_t>(xcb_poll_for_queued_event(xcb()));
+  }
   /// The next event, or a failed request's error, that arrives before `deadline`.
   MallocPtr<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
 

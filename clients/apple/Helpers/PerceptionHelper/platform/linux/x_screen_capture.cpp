@@ -1,6 +1,7 @@
 #include "platform/linux/x_screen_capture.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <utility>
 
@@ -47,12 +48,30 @@ std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const Con
   return onBlack(*bitmap, region->size, region->x, region->y);
 }
 
-/// The window as it is now, wherever it has moved since it was listed.
-std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, std::uint32_t windowID) {
+/// One try at the window as it is now, wherever it has moved since it was listed. Nothing when it has another size: the
+/// picture would be stretched.
+std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Window& listed, StructureWatch& watch) {
   const auto windows = managedWindows(connection);
-  const auto window =
-      std::find_if(windows.begin(), windows.end(), [&](const auto& candidate) { return candidate.client == windowID; });
-  return window != windows.end() ? captureWindow(connection, *window) : std::nullopt;
+  const auto window = std::find_if(windows.begin(), windows.end(),
+                                   [&](const auto& candidate) { return candidate.client == listed.windowID; });
+  if (window == windows.end()) return std::nullopt;
+  watch.setFrame(window->frame);
+  const auto now = toWindow(*window).frame;
+  const bool hasItsSize = now.width == listed.frame.width && now.height == listed.frame.height;
+  return hasItsSize ? captureWindow(connection, *window, watch) : std::nullopt;
+}
+
+/// Tries again while the window, or what covers it, changes under our eyes.
+std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
+  constexpr std::chrono::milliseconds patience{500};
+  const auto end = Clock::now() + patience;
+  while (true) {
+    StructureWatch watch(connection, listed.windowID);
+    auto bitmap = tryToCapture(connection, listed, watch);
+    watch.update();
+    const bool hasChanged = watch.hasChanged() || watch.otherHasChanged();
+    if (bitmap || !hasChanged || Clock::now() >= end) return bitmap;
+  }
 }
 
 class XScreenCapture final : public ScreenCapture {
@@ -91,7 +110,7 @@ class XScreenCapture final : public ScreenCapture {
  private:
   ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) const {
     if (!connection_->isReachable()) return nullptr;
-    auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, filter.includedWindow->windowID)
+    auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
                                         : captureDisplay(*connection_, filter, configuration.sourceRect);
     auto image = bitmap ? imaging::makeImage(*std::move(bitmap)) : nullptr;
     const PixelSize wanted{configuration.width, configuration.height};

@@ -8,6 +8,7 @@
 #include "platform/linux/managed_windows.h"
 #include "platform/linux/monitors.h"
 #include "platform/linux/process_evidence.h"
+#include "platform/linux/scale_factor.h"
 
 namespace tavik::platform::x11 {
 namespace {

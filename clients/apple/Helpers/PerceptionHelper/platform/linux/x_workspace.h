@@ -9,7 +9,7 @@ namespace tavik::platform::x11 {
 
 /// The applications of an X server: the processes behind its windows, in the order in which the first window of each
 /// was managed, and after them those that have no managed window. The main screen is the primary monitor, or the first;
-/// its number is the XID of the monitor's first RandR output, and its scale factor comes from the resource Xft.dpi.
+/// its number is the XID of the monitor's first RandR output, and its scale factor is the desktop's.
 std::unique_ptr<Workspace> makeWorkspace(std::shared_ptr<XConnection> connection);
 
 }  // namespace tavik::platform::x11
