@@ -1,6 +1,7 @@
 #include "accessibility/capture_ax_tree.h"
 
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -11,33 +12,24 @@ namespace {
 
 using fake::element;
 using platform::UIElementRef;
+using namespace std::string_literals;
 
-platform::RunningApplicationRef app(std::int32_t pid) { return std::make_shared<fake::FakeApplication>(pid, "a", "A"); }
+std::optional<ResolvedTargetApp> app(std::int32_t pid) {
+  return pid != 0 ? std::optional(ResolvedTargetApp{fake::application(pid, "a", "A")}) : std::nullopt;
+}
 
 /// An element that is known by its title.
 UIElementRef titled(const std::string& title) { return element({{"AXTitle", title}}); }
 
 TEST(CaptureAXTree, WalksTheRootThatFitsTheTarget) {
-  const auto text = [](const char* literal) { return platform::AttributeValue(std::string(literal)); };
-  const std::vector<UIElementRef> windows = {titled("first"), titled("second")};
-  fake::FakeDesktop desktop{
-      .applicationElements = {
-          {1, element({{"AXTitle", text("app 1")},
-                       {"AXMainWindow", titled("main")},
-                       {"AXWindows", windows},
-                       {"AXFocusedUIElement", titled("focus 1")}})},
-          {2, element({{"AXTitle", text("app 2")}, {"AXWindows", windows}, {"AXFocusedUIElement", titled("focus 2")}})},
-          {3,
-           element(
-               {{"AXTitle", text("app 3")}, {"AXMainWindow", text("?")}, {"AXWindows", std::vector<UIElementRef>{}}})},
-      }};
+  const std::vector<UIElementRef> windows = {titled("first"), titled("second")}, none;
+  fake::FakeDesktop desktop;
+  desktop.applicationElements = {
+      {1, element({{"AXTitle", "app 1"s}, {"AXMainWindow", titled("main")}, {"AXWindows", windows}})},
+      {2, element({{"AXTitle", "app 2"s}, {"AXWindows", windows}, {"AXFocusedUIElement", titled("focus 2")}})},
+      {3, element({{"AXTitle", "app 3"s}, {"AXMainWindow", "?"s}, {"AXWindows", none}})}};
   const auto platform = fake::makePlatform(desktop);
-  struct Case {
-    std::string reason;
-    Target target;
-    int targetPid, frontmostPid;  ///< 0: none
-    std::string rootTitle;        ///< empty: no walk
-  };
+  using Case = std::tuple<std::string, Target, int, int, std::string>;
   for (const auto& [reason, target, targetPid, frontmostPid, rootTitle] : {
            Case{"the main window", Target::app, 1, 2, "main"},
            Case{"else the first window", Target::app, 2, 1, "first"},
@@ -49,29 +41,29 @@ TEST(CaptureAXTree, WalksTheRootThatFitsTheTarget) {
            Case{"a screen alone has no application", Target::screen, 0, 1, ""},
            Case{"with one it is walked whole", Target::region, 1, 2, "app 1"},
        }) {
-    desktop.frontmost = frontmostPid != 0 ? app(frontmostPid) : nullptr;
-    desktop.calls = {};
-    const auto targetApp = targetPid != 0 ? std::optional(ResolvedTargetApp{app(targetPid)}) : std::nullopt;
+    desktop.frontmost = frontmostPid != 0 ? app(frontmostPid)->app : nullptr;
     for (const bool isTrusted : {true, false}) {
       desktop.isTrusted = isTrusted;
-      const auto summary = captureAXTree(target, targetApp, {}, *platform.accessibility, *platform.workspace);
+      const auto summary = captureAXTree(target, app(targetPid), {}, *platform.accessibility, *platform.workspace);
       const bool walks = isTrusted && !rootTitle.empty();
-      ASSERT_EQ(summary.tree.has_value(), walks) << reason;
       EXPECT_EQ(summary.nodeCount, walks ? 1 : 0) << reason;
-      const auto title = walks ? std::string(summary.tree->at("title").as_string()) : "";
-      EXPECT_EQ(title, walks ? rootTitle : "") << reason;
+      EXPECT_EQ(summary.tree, walks ? std::optional(ResponseDictionary{{"title", rootTitle}}) : std::nullopt) << reason;
     }
   }
 }
 
-TEST(CaptureAXTree, DescribesAnApplicationThatHasQuitAsOneEmptyNode) {
+TEST(CaptureAXTree, EndsAtTheEighthLevelBelowItsRoot) {
+  UIElementRef chain = element({});
+  for (int i = 0; i < 12; ++i) chain = element({{"AXChildren", std::vector{chain}}});
   fake::FakeDesktop desktop;
+  desktop.applicationElements = {{1, chain}};
   const auto platform = fake::makePlatform(desktop);
-  const auto summary =
-      captureAXTree(Target::app, ResolvedTargetApp{app(9)}, {}, *platform.accessibility, *platform.workspace);
-  EXPECT_EQ(summary.tree, ResponseDictionary());
-  EXPECT_EQ(summary.nodeCount, 1);
-  EXPECT_EQ(desktop.calls.prefetch, 1);
+  const auto walked = [&](std::int32_t pid) {
+    return captureAXTree(Target::app, app(pid), {}, *platform.accessibility, *platform.workspace);
+  };
+  EXPECT_EQ(walked(1).nodeCount, 9);
+  EXPECT_EQ(walked(9).tree, ResponseDictionary()) << "an application that has quit is one empty node";
+  EXPECT_EQ(desktop.calls.prefetch, 2);
 }
 
 }  // namespace

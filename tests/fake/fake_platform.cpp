@@ -1,6 +1,6 @@
 #include "fake/fake_platform.h"
 
-#include <algorithm>
+#include <numeric>
 #include <stdexcept>
 #include <thread>
 
@@ -9,48 +9,84 @@ namespace {
 
 using namespace tavik::platform;
 
-struct FakeHost final : Host {
-  const FakeDesktop& desktop;
-  explicit FakeHost(const FakeDesktop& d) : desktop(d) {}
+using Text = std::optional<std::string>;
+using Applications = std::vector<RunningApplicationRef>;
 
-  std::optional<std::string> environmentVariable(std::string_view name) const override {
-    const auto found = desktop.environment.find(name);
-    return found != desktop.environment.end() ? std::optional(found->second) : std::nullopt;
-  }
-  std::string userName() const override { return desktop.login; }
-  bool fileExists(const std::string& path) const override { return desktop.files.contains(path); }
-  std::optional<std::string> readUTF8File(const std::string& path) const override {
-    const auto found = desktop.files.find(path);
-    return found != desktop.files.end() ? found->second : std::nullopt;
-  }
-  std::optional<std::string> pathForResource(std::string_view name, std::string_view type) const override {
-    const auto found = desktop.resources.find(std::string(name) + "." + std::string(type));
-    return found != desktop.resources.end() ? std::optional(found->second) : std::nullopt;
-  }
-  std::chrono::system_clock::time_point currentDate() const override { return desktop.date; }
+template <class Map>
+std::optional<typename Map::mapped_type> lookUp(const Map& map, const auto& key) {
+  const auto found = map.find(key);
+  return found != map.end() ? std::optional(found->second) : std::nullopt;
+}
+
+struct FakeApplication final : RunningApplication {
+  std::int32_t pid;
+  Text identifier, name;
+  ActivationPolicy policy;
+
+  FakeApplication(std::int32_t processID, Text bundleIdentifier, Text localized, ActivationPolicy activation)
+      : pid(processID), identifier(std::move(bundleIdentifier)), name(std::move(localized)), policy(activation) {}
+
+  std::int32_t processIdentifier() const override { return pid; }
+  Text bundleIdentifier() const override { return identifier; }
+  Text localizedName() const override { return name; }
+  ActivationPolicy activationPolicy() const override { return policy; }
 };
 
-struct FakeStreams final : StandardStreams {
-  FakeDesktop& desktop;
-  explicit FakeStreams(FakeDesktop& d) : desktop(d) {}
+struct FakeImage final : Image {
+  PixelSize pixels;
+  bool canEncode;
 
+  FakeImage(PixelSize size, bool encodes) : pixels(size), canEncode(encodes) {}
+
+  PixelSize size() const override { return pixels; }
+  ImageRef resized(PixelSize size) const override {
+    return size.width < 1 || size.height < 1 ? nullptr : image(size, canEncode);
+  }
+  std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
+    if (!canEncode) return std::nullopt;
+    auto text = (type == ImageType::png ? "png " : "jpeg ") + std::to_string(pixels.width) + "x" +
+                std::to_string(pixels.height);
+    if (type == ImageType::jpeg) text += " " + (quality ? std::to_string(*quality).substr(0, 4) : "-");
+    const auto* const bytes = reinterpret_cast<const std::byte*>(text.data());
+    return std::vector(bytes, bytes + text.size());
+  }
+};
+
+template <class Interface>
+struct Fake : Interface {
+  FakeDesktop& desktop;
+  explicit Fake(FakeDesktop& d) : desktop(d) {}
+};
+
+struct FakeHost final : Fake<Host> {
+  using Fake::Fake;
+  Text environmentVariable(std::string_view name) const override { return lookUp(desktop.environment, name); }
+  std::string userName() const override { return "ada"; }
+  bool fileExists(const std::string& path) const override { return desktop.files.contains(path); }
+  Text readUTF8File(const std::string& path) const override {
+    return lookUp(desktop.files, path).value_or(std::nullopt);
+  }
+  Text pathForResource(std::string_view name, std::string_view type) const override {
+    return lookUp(desktop.resources, std::string(name) + "." + std::string(type));
+  }
+  std::chrono::system_clock::time_point currentDate() const override { return desktop.date.value(); }
+};
+
+struct FakeStreams final : Fake<StandardStreams> {
+  using Fake::Fake;
   std::string readInputToEnd() override { return desktop.input; }
   void writeOutput(std::string_view bytes) override { desktop.outputWrites.emplace_back(bytes); }
   void writeError(std::string_view bytes) override { desktop.error += bytes; }
 };
 
-struct FakeWorkspace final : Workspace {
-  FakeDesktop& desktop;
-  explicit FakeWorkspace(FakeDesktop& d) : desktop(d) {}
-
-  std::vector<RunningApplicationRef> runningApplications() const override {
+struct FakeWorkspace final : Fake<Workspace> {
+  using Fake::Fake;
+  Applications runningApplications() const override {
     ++desktop.calls.applicationQueries;
     return desktop.applications;
   }
-  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(
-      std::string_view identifier) const override {
-    ++desktop.calls.applicationQueries;
-    auto matching = desktop.applications;
+  Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) const override {
+    auto matching = runningApplications();
     std::erase_if(matching, [&](const auto& app) { return app->bundleIdentifier() != identifier; });
     return matching;
   }
@@ -58,30 +94,24 @@ struct FakeWorkspace final : Workspace {
   std::optional<Screen> mainScreen() const override { return desktop.screen; }
 };
 
-struct FakeAccessibility final : Accessibility {
-  FakeDesktop& desktop;
-  explicit FakeAccessibility(FakeDesktop& d) : desktop(d) {}
-
+struct FakeAccessibility final : Fake<Accessibility> {
+  using Fake::Fake;
   bool isProcessTrusted() const override {
     ++desktop.calls.isProcessTrusted;
     return desktop.isTrusted;
   }
   UIElementRef createApplication(std::int32_t processIdentifier) const override {
-    const auto found = desktop.applicationElements.find(processIdentifier);
-    return found != desktop.applicationElements.end() ? found->second : element({});
+    return lookUp(desktop.applicationElements, processIdentifier).value_or(element({}));
   }
   void prefetch(const UIElementRef&, int, int) const override { ++desktop.calls.prefetch; }
 };
 
-struct FakeScreenCapture final : ScreenCapture {
-  FakeDesktop& desktop;
-  explicit FakeScreenCapture(FakeDesktop& d) : desktop(d) {}
-
+struct FakeScreenCapture final : Fake<ScreenCapture> {
+  using Fake::Fake;
   bool preflightScreenCaptureAccess() const override {
     ++desktop.calls.preflight;
     return desktop.mayRecordScreen;
   }
-
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> handler) const override {
     ++desktop.calls.shareableContent;
@@ -89,42 +119,35 @@ struct FakeScreenCapture final : ScreenCapture {
     if (!desktop.content || !asDocumented) return deliver<ShareableContent>(PlatformError{"no content"}, handler);
     deliver<ShareableContent>(*desktop.content, handler);
   }
-
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
                     CompletionHandler<ImageRef> handler) const override {
     ++desktop.calls.captureImage;
     desktop.filter = filter;
-    desktop.configuration = configuration;
     if (!desktop.image) return deliver<ImageRef>(PlatformError{"no image"}, handler);
     const bool hasSize = desktop.image->size() != PixelSize{};
-    const PixelSize wanted{.width = configuration.width, .height = configuration.height};
-    deliver<ImageRef>(hasSize ? desktop.image : std::make_shared<FakeImage>(wanted), handler);
+    deliver<ImageRef>(hasSize ? desktop.image : image({configuration.width, configuration.height}), handler);
   }
 
   template <class Value>
   void deliver(const std::variant<Value, PlatformError>& outcome, const CompletionHandler<Value>& handler) const {
-    switch (desktop.delivery) {
-      case Delivery::atOnce:
-        return handler(outcome);
-      case Delivery::fromAnotherThread:
-        return std::thread([=] { handler(outcome); }).detach();
-      case Delivery::twice:
-        handler(outcome);
-        return handler(outcome);
-      case Delivery::never:
-        return;
-      case Delivery::byThrowing:
-        throw std::runtime_error("a backend that breaks its promise");
-    }
+    const auto delivery = desktop.delivery;
+    if (delivery == Delivery::byThrowing) throw std::runtime_error("a backend that breaks its promise");
+    if (delivery == Delivery::never) return;
+    if (delivery == Delivery::fromAnotherThread) return std::thread([=] { handler(outcome); }).detach();
+    handler(outcome);
+    if (delivery == Delivery::twice) handler(outcome);
   }
 };
 
 }  // namespace
 
+RunningApplicationRef application(std::int32_t pid, Text identifier, Text name, ActivationPolicy policy) {
+  return std::make_shared<FakeApplication>(pid, std::move(identifier), std::move(name), policy);
+}
+
 std::optional<AttributeValue> FakeElement::copyAttributeValue(std::string_view name) const {
   asked.emplace_back(name);
-  const auto found = attributes.find(name);
-  return found != attributes.end() ? std::optional(found->second) : std::nullopt;
+  return lookUp(attributes, name);
 }
 
 FakeElementRef element(std::map<std::string, AttributeValue, std::less<>> attributes) {
@@ -133,26 +156,10 @@ FakeElementRef element(std::map<std::string, AttributeValue, std::less<>> attrib
   return result;
 }
 
-ImageRef FakeImage::resized(PixelSize size) const {
-  if (size.width < 1 || size.height < 1) return nullptr;
-  return std::make_shared<FakeImage>(size, canEncode);
-}
-
-std::optional<std::vector<std::byte>> FakeImage::encoded(ImageType type, std::optional<double> quality) const {
-  if (!canEncode) return std::nullopt;
-  const auto size = std::to_string(pixels.width) + "x" + std::to_string(pixels.height);
-  const auto text = type == ImageType::png
-                        ? "png " + size
-                        : "jpeg " + size + " " + (quality ? std::to_string(*quality).substr(0, 4) : "-");
-  std::vector<std::byte> bytes;
-  std::transform(text.begin(), text.end(), std::back_inserter(bytes), [](char c) { return static_cast<std::byte>(c); });
-  return bytes;
-}
+ImageRef image(PixelSize size, bool canEncode) { return std::make_shared<FakeImage>(size, canEncode); }
 
 std::string FakeDesktop::output() const {
-  std::string all;
-  for (const auto& write : outputWrites) all += write;
-  return all;
+  return std::accumulate(outputWrites.begin(), outputWrites.end(), std::string());
 }
 
 Platform makePlatform(FakeDesktop& desktop) {

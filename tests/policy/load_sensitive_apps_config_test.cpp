@@ -1,6 +1,7 @@
 #include "policy/load_sensitive_apps_config.h"
 
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -14,12 +15,8 @@ constexpr auto kDefaultPath = "/Users/ada/Documents/Dev/Quorle/config/perception
 std::optional<std::string> policyOf(const std::string& item) { return "bundle_id_blocklist:\n- " + item; }
 
 TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
-  struct Case {
-    std::string reason;
-    std::optional<std::string> variable;
-    std::map<std::string, std::optional<std::string>, std::less<>> files;
-    std::vector<std::string> expected;
-  };
+  using Case = std::tuple<std::string, std::optional<std::string>,
+                          std::map<std::string, std::optional<std::string>, std::less<>>, std::vector<std::string>>;
   for (const auto& [reason, variable, files, expected] : {
            Case{"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
            Case{"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
@@ -27,10 +24,7 @@ TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
            Case{"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
            Case{"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
            Case{"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
-           Case{"the default does not read: the resource",
-                std::nullopt,
-                {{kDefaultPath, std::nullopt}, {"/r", policyOf("r")}},
-                {"r"}},
+           Case{"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
            Case{"nothing reads", "v", {{"/r", std::nullopt}}, {}},
        }) {
     fake::FakeDesktop desktop{.files = files, .resources = {{"perception-sensitive-apps.yaml", "/r"}}};

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 #include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
@@ -29,26 +30,23 @@ TEST(WriteResponse, IsOneWriteOfCompactJSONAndOneOfALineFeed) {
 }
 
 TEST(WriteResponse, WritesTheFallbackForWhatJSONCannotExpress) {
-  const std::string fallback = R"({"ok": false, "code": "helper_serialize_failed"})";
-  ASSERT_EQ(fallback.size(), 48U);
-  for (const ResponseDictionary& response : {
-           ResponseDictionary{{"number", std::numeric_limits<double>::quiet_NaN()}},
-           ResponseDictionary{{"deep", {{{"number", -std::numeric_limits<double>::infinity()}}}}},
-           ResponseDictionary{{"text", "\xFF"}},
-           ResponseDictionary{{"\xC0\x80", 1}},
-       }) {
-    EXPECT_EQ(written(response), (std::vector<std::string>{fallback, "\n"}));
-  }
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN(), infinity = std::numeric_limits<double>::infinity();
+  const std::vector<std::string> fallback{R"({"ok": false, "code": "helper_serialize_failed"})", "\n"};
+  EXPECT_EQ(written({{"number", nan}}), fallback);
+  EXPECT_EQ(written({{"deep", {{{"number", -infinity}}}}}), fallback);
+  EXPECT_EQ(written({{"text", "\xFF"}}), fallback);
+  EXPECT_EQ(written({{"\xC0\x80", 1}}), fallback);
 }
 
 TEST(WriteError, HasAHintOnlyWhenThereIsOne) {
   fake::FakeDesktop desktop;
   const auto platform = fake::makePlatform(desktop);
   writeError({.code = "c", .error = "e"}, *platform.streams);
-  EXPECT_EQ(boost::json::parse(desktop.outputWrites[0]),
-            (boost::json::value{{"ok", false}, {"code", "c"}, {"error", "e"}}));
   writeError({.code = "c", .error = "e", .hint = "h"}, *platform.streams);
-  EXPECT_EQ(boost::json::parse(desktop.outputWrites[2]).at("hint"), "h");
+  EXPECT_EQ(desktop.output(), R"({"ok":false,"code":"c","error":"e"})"
+                              "\n"
+                              R"({"ok":false,"code":"c","error":"e","hint":"h"})"
+                              "\n");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -9,33 +10,22 @@
 namespace tavik {
 namespace {
 
-using fake::FakeApplication;
+using fake::application;
 using platform::ActivationPolicy;
 using std::nullopt;
 
-platform::RunningApplicationRef app(std::int32_t pid, std::optional<std::string> identifier,
-                                    std::optional<std::string> name,
-                                    ActivationPolicy policy = ActivationPolicy::regular) {
-  return std::make_shared<FakeApplication>(pid, std::move(identifier), std::move(name), policy);
-}
-
 TEST(ResolveTargetApp, PrefersTheIdentifierAndFallsBackOnTheName) {
   const std::vector<platform::RunningApplicationRef> applications = {
-      app(1, "org.agent", "Agent", ActivationPolicy::accessory),
-      app(2, "org.two", "Two Helper", ActivationPolicy::prohibited),
-      app(3, "org.two", "Two"),
-      app(4, "org.two", "Two"),
-      app(5, "org.safari", "Safari"),
-      app(6, nullopt, "Caf\u00e9 "),
-      app(7, "org.nameless", nullopt),
+      application(1, "org.agent", "Agent", ActivationPolicy::accessory),
+      application(2, "org.two", "Two Helper", ActivationPolicy::prohibited),
+      application(3, "org.two", "Two"),
+      application(5, "org.safari", "Safari"),
+      application(6, nullopt, "Caf\u00e9 "),
+      application(7, "org.nameless", nullopt),
+      application(8, "org.blank", ""),
   };
-  struct Case {
-    std::string reason;
-    AppIdentifiers identifiers;
-    int pid;  ///< 0: none
-  };
+  using Case = std::tuple<std::string, AppIdentifiers, int>;
   for (const auto& [reason, identifiers, pid] : {
-           Case{"nothing is named", {}, 0},
            Case{"blank is nothing", {.bundleId = " \n", .name = "\t"}, 0},
            Case{"blanks around the identifier", {.bundleId = " \u00a0org.safari\n"}, 5},
            Case{"no folding of the identifier", {.bundleId = "org.Safari"}, 0},
@@ -56,7 +46,7 @@ TEST(ResolveTargetApp, PrefersTheIdentifierAndFallsBackOnTheName) {
 
 TEST(CaptureContext, HoldsWhatThePlatformKnows) {
   using std::chrono::milliseconds;
-  const auto nameless = app(1, nullopt, nullopt), frontmost = app(2, "", "Front");
+  const auto nameless = application(1, nullopt, nullopt), frontmost = application(2, "", "Front");
   fake::FakeDesktop desktop{.date = std::chrono::system_clock::time_point(milliseconds(1'794'835'460'007)) +
                                     std::chrono::microseconds(999)};
   const auto platform = fake::makePlatform(desktop);

@@ -1,9 +1,13 @@
+#include <array>
 #include <fstream>
+#include <numeric>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <utf8proc.h>
 
 #include "text/caseless_equal.h"
 #include "text/grapheme_clusters.h"
@@ -13,71 +17,47 @@
 namespace tavik::text {
 namespace {
 
-/// The folder of Debian's package unicode-data.
-const std::string kUnicodeData = "/usr/share/unicode/";
-
-std::string encoded(char32_t codePoint) {
-  const auto byte = [&](unsigned shift, unsigned mark) {
-    return static_cast<char>(mark | ((codePoint >> shift) & 0x3FU));
-  };
-  if (codePoint < 0x80) return {static_cast<char>(codePoint)};
-  if (codePoint < 0x800) return {static_cast<char>(0xC0U | (codePoint >> 6U)), byte(0, 0x80)};
-  if (codePoint < 0x10000) return {static_cast<char>(0xE0U | (codePoint >> 12U)), byte(6, 0x80), byte(0, 0x80)};
-  return {static_cast<char>(0xF0U | (codePoint >> 18U)), byte(12, 0x80), byte(6, 0x80), byte(0, 0x80)};
+/// The code point of this hexadecimal number, in UTF-8.
+std::string encoded(const std::string& number) {
+  std::array<utf8proc_uint8_t, 4> bytes{};
+  const auto length = utf8proc_encode_char(std::stoi(number, nullptr, 16), bytes.data());
+  return {bytes.begin(), bytes.begin() + length};
 }
 
 std::vector<std::string> characters(std::string_view text) {
   std::vector<std::string> result;
-  while (!text.empty()) {
-    result.emplace_back(firstCharacter(text));
-    text.remove_prefix(result.back().size());
-  }
+  for (; !text.empty(); text.remove_prefix(result.back().size())) result.emplace_back(firstCharacter(text));
   return result;
 }
 
-/// Reads a line such as "÷ 0020 × 0308 ÷ 0020 ÷  # ..." into the characters that it lists.
-std::vector<std::string> expectedCharacters(const std::string& line) {
-  std::vector<std::string> result;
-  std::istringstream words(line.substr(0, line.find('#')));
+/// The characters that a line lists: "÷ 0020 × 0308 ÷ 0020 ÷ # two" or "1F468 200D 1F680 ; fully-qualified # one".
+std::vector<std::string> listedCharacters(const std::string& line) {
+  std::vector<std::string> result(1);
+  std::istringstream words(line.substr(0, line.find_first_of(";#")));
   for (std::string word; words >> word;) {
-    if (word == "÷")
-      result.emplace_back();
-    else if (word != "×")
-      result.back() += encoded(static_cast<char32_t>(std::stoul(word, nullptr, 16)));
+    if (word == "÷") result.emplace_back();
+    if (word != "÷" && word != "×") result.back() += encoded(word);
   }
-  if (!result.empty()) result.pop_back();
+  std::erase(result, "");
   return result;
 }
 
 TEST(GraphemeClusters, FollowEveryCaseOfTheUnicodeStandard) {
-  std::ifstream file(kUnicodeData + "auxiliary/GraphemeBreakTest.txt");
-  int cases = 0;
-  for (std::string line; std::getline(file, line);) {
-    const auto expected = expectedCharacters(line);
-    if (expected.empty()) continue;
-    std::string text;
-    for (const auto& character : expected) text += character;
-    EXPECT_EQ(characters(text), expected) << line;
-    EXPECT_EQ(lastCharacter(text), expected.back()) << line;
-    EXPECT_EQ(characterCount(text), static_cast<std::int64_t>(expected.size())) << line;
-    ++cases;
+  for (const auto& [name, leastCases] :
+       {std::pair{"auxiliary/GraphemeBreakTest.txt", 602}, {"emoji/emoji-test.txt", 4733}}) {
+    std::ifstream file(std::string("/usr/share/unicode/") + name);  // of Debian's package unicode-data
+    int cases = 0;
+    for (std::string line; std::getline(file, line);) {
+      const auto expected = listedCharacters(line);
+      if (expected.empty()) continue;
+      const auto text = std::accumulate(expected.begin(), expected.end(), std::string());
+      EXPECT_EQ(characters(text), expected) << line;
+      EXPECT_EQ(lastCharacter(text), expected.back()) << line;
+      EXPECT_EQ(characterCount(text), static_cast<std::int64_t>(expected.size())) << line;
+      ++cases;
+    }
+    EXPECT_GE(cases, leastCases) << name;
   }
-  EXPECT_GE(cases, 602);
-}
-
-TEST(GraphemeClusters, CountEveryEmojiOnce) {
-  std::ifstream file(kUnicodeData + "emoji/emoji-test.txt");
-  int cases = 0;
-  for (std::string line; std::getline(file, line);) {
-    const auto codePoints = line.substr(0, line.find(';'));
-    if (line.empty() || line.front() == '#' || codePoints.size() == line.size()) continue;
-    std::string emoji;
-    std::istringstream words(codePoints);
-    for (std::string word; words >> word;) emoji += encoded(static_cast<char32_t>(std::stoul(word, nullptr, 16)));
-    EXPECT_EQ(characterCount(emoji), 1) << line;
-    ++cases;
-  }
-  EXPECT_GE(cases, 4733);
 }
 
 TEST(GraphemeClusters, StandOnTheirOwnWhereTextIsNotUTF8) {
@@ -88,16 +68,14 @@ TEST(GraphemeClusters, StandOnTheirOwnWhereTextIsNotUTF8) {
 }
 
 TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
-  struct Case {
-    std::string reason, bytes, valid;
-  };
+  using Case = std::tuple<std::string, std::string, std::string>;
   const std::string r = "\xEF\xBF\xBD";
   for (const auto& [reason, bytes, valid] : {
            Case{"ASCII, over several words", "plain text over several words\n", "plain text over several words\n"},
            Case{"all lengths", "\u00e9\u20ac\U0001F600", "\u00e9\u20ac\U0001F600"},
            Case{"NUL is a character", std::string("a\0b", 3), std::string("a\0b", 3)},
            Case{"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
-           Case{"Latin-1", "caf\xE9 au lait", "caf" + r + " au lait"},
+           Case{"Latin-1, in the midst of a word", "caf\xE9 au lait", "caf" + r + " au lait"},
            Case{"overlong slash", "\xC0\xAF", r + r},
            Case{"surrogate", "\xED\xA0\x80", r + r + r},
            Case{"beyond U+10FFFF", "\xF4\x90\x80\x80", r + r + r + r},
@@ -109,19 +87,16 @@ TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
 }
 
 TEST(Trimming, TakesTheCharactersOfItsSetFromBothEndsOnly) {
-  struct Case {
-    std::string reason, text, ofWhitespace, ofWhitespaceAndNewlines;
-  };
+  using Case = std::tuple<std::string, std::string, std::string, std::string>;
+  const std::string ends = "\n\v\f\r\u0085\u2028\u2029";
   for (const auto& [reason, text, ofWhitespace, ofWhitespaceAndNewlines] : {
            Case{"blanks and tabs", " \t a b\t ", "a b", "a b"},
            Case{"every kind of space separator", "\u00a0\u1680\u2000\u200a\u202f\u205f\u3000x\u3000", "x", "x"},
-           Case{"line ends belong to the larger set", "\r\n\v\f\u0085\u2028x\u2029\n", "\r\n\v\f\u0085\u2028x\u2029\n",
-                "x"},
+           Case{"line ends of the larger set", ends + "x" + ends, ends + "x" + ends, "x"},
            Case{"zero-width space is no space", "\u200bx\u200b", "\u200bx\u200b", "\u200bx\u200b"},
            Case{"nothing remains", " \t\u3000", "", ""},
            Case{"bytes that are not UTF-8 stay", " \xFF\x80 ", "\xFF\x80", "\xFF\x80"},
-           Case{"a stray continuation byte is no space", " a\x80\x80\x80\x80\x80", "a\x80\x80\x80\x80\x80",
-                "a\x80\x80\x80\x80\x80"},
+           Case{"nor does the blank before one go", "a \x80", "a \x80", "a \x80"},
        }) {
     EXPECT_EQ(trimmedOfWhitespace(text), ofWhitespace) << reason;
     EXPECT_EQ(trimmedOfWhitespaceAndNewlines(text), ofWhitespaceAndNewlines) << reason;
@@ -129,12 +104,8 @@ TEST(Trimming, TakesTheCharactersOfItsSetFromBothEndsOnly) {
 }
 
 TEST(CaselessEqual, FoldsCaseUnderCanonicalEquivalence) {
-  struct Case {
-    std::string reason, left, right;
-    bool equal;
-  };
+  using Case = std::tuple<std::string, std::string, std::string, bool>;
   for (const auto& [reason, left, right, equal] : {
-           Case{"letter case", "safari", "SaFaRi", true},
            Case{"no prefix", "Saf", "Safari", false},
            Case{"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
            Case{"no diacritic folding", "Cafe", "Caf\u00e9", false},
@@ -146,7 +117,6 @@ TEST(CaselessEqual, FoldsCaseUnderCanonicalEquivalence) {
            Case{"Kelvin sign", "\u212a", "k", true},
            Case{"no compatibility folding", "\u2460", "1", false},
            Case{"Hangul syllable and its letters", "\uac01", "\u1100\u1161\u11a8", true},
-           Case{"both empty", "", "", true},
            Case{"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
        }) {
     EXPECT_EQ(caselessEqual(left, right), equal) << reason;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -17,40 +18,27 @@ BGRA withAlpha(BGRA pixel, std::uint8_t alpha) { return {pixel[0], pixel[1], pix
 
 BGRA opaqueNoise(int x, int y) { return withAlpha(noise(x, y), 255); }
 
-BGRA anyColourAtAnyAlpha(int x, int y) {
-  return {static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x), 0, static_cast<std::uint8_t>(y)};
-}
+std::uint8_t byte(double value) { return static_cast<std::uint8_t>(std::min(255.0, std::round(value))); }
 
-BGRA straight(BGRA pixel) {
-  const double alpha = pixel[3];
-  const auto divided = [&](int colour) {
-    return alpha == 0 ? std::uint8_t{0}
-                      : static_cast<std::uint8_t>(std::min(255.0, std::round(255.0 * colour / alpha)));
-  };
-  return {divided(pixel[0]), divided(pixel[1]), divided(pixel[2]), pixel[3]};
+BGRA anyColourAtAnyAlpha(int x, int y) { return {byte(x), byte(255 - x), 0, byte(y)}; }
+
+BGRA straightened(int x, int y) {
+  const auto divided = [y](int colour) { return y == 0 ? std::uint8_t{0} : byte(255.0 * colour / y); };
+  return {divided(x), divided(255 - x), 0, byte(y)};
 }
 
 TEST(PNG, GivesEveryPixelBack) {
-  struct Case {
-    std::string reason;
-    AlphaMode mode;
-    Painter paint;
-    Painter expected;
-    AlphaMode expectedMode;
-  };
-  for (const auto& row : {
-           Case{"padding of any value is no alpha", AlphaMode::opaque, noise, opaqueNoise, AlphaMode::opaque},
-           Case{"alpha that hides nothing is not stored", AlphaMode::premultiplied, opaqueNoise, opaqueNoise,
-                AlphaMode::opaque},
-           Case{"colour is divided by its alpha, also where it exceeds it", AlphaMode::premultiplied,
-                anyColourAtAnyAlpha, [](int x, int y) { return straight(anyColourAtAnyAlpha(x, y)); },
-                AlphaMode::premultiplied},
+  using Case = std::tuple<std::string, AlphaMode, Painter, Painter, AlphaMode>;
+  constexpr auto opaque = AlphaMode::opaque, premultiplied = AlphaMode::premultiplied;
+  for (const auto& [reason, mode, paint, expected, expectedMode] : {
+           Case{"padding of any value is no alpha", opaque, noise, opaqueNoise, opaque},
+           Case{"alpha that hides nothing is not stored", premultiplied, opaqueNoise, opaqueNoise, opaque},
+           Case{"colour is divided by its alpha", premultiplied, anyColourAtAnyAlpha, straightened, premultiplied},
        }) {
-    const auto decoded = decodedPNG(encoded(painted({256, 256}, row.mode, row.paint), ImageType::png));
-    ASSERT_TRUE(decoded) << row.reason;
-    EXPECT_EQ(decoded->size, (PixelSize{256, 256})) << row.reason;
-    EXPECT_EQ(decoded->alpha, row.expectedMode) << row.reason;
-    EXPECT_EQ(worstDifference(*decoded, row.expected), 0) << row.reason;
+    const auto decoded = decodedPNG(encoded(painted({256, 256}, mode, paint), ImageType::png));
+    ASSERT_TRUE(decoded) << reason;
+    EXPECT_TRUE(decoded->size == (PixelSize{256, 256}) && decoded->alpha == expectedMode) << reason;
+    EXPECT_EQ(worstDifference(*decoded, expected), 0) << reason;
   }
 }
 

@@ -74,10 +74,7 @@ std::optional<Bitmap> decodedPNG(const std::vector<std::byte>& file) {
 std::optional<Bitmap> decodedJPEG(const std::vector<std::byte>& file) {
   const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
   const auto* source = reinterpret_cast<const unsigned char*>(file.data());
-  int width = 0;
-  int height = 0;
-  int subsampling = 0;
-  int space = 0;
+  int width = 0, height = 0, subsampling = 0, space = 0;
   if (tjDecompressHeader3(decoder.get(), source, file.size(), &width, &height, &subsampling, &space) != 0)
     return std::nullopt;
   Bytes bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * sizeof(BGRA));
