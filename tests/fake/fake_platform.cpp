@@ -44,9 +44,9 @@ struct FakeImage final : Image {
   }
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
     if (!canEncode) return std::nullopt;
-    auto text = (type == ImageType::png ? "png " : "jpeg ") + std::to_string(pixels.width) + "x" +
-                std::to_string(pixels.height);
-    if (type == ImageType::jpeg) text += " " + (quality ? std::to_string(*quality).substr(0, 4) : "-");
+    std::string text = type == ImageType::png ? "png " : "jpeg ";
+    text += std::to_string(pixels.width) + "x" + std::to_string(pixels.height);
+    if (type == ImageType::jpeg) text += quality ? ' ' + std::to_string(*quality).substr(0, 4) : " -";
     const auto* const bytes = reinterpret_cast<const std::byte*>(text.data());
     return std::vector(bytes, bytes + text.size());
   }
