@@ -9,6 +9,7 @@ from witnesses import (
     differing_pixels,
     frame_window,
     image_bytes,
+    move,
     size_and_type,
     still_screenshot,
     tool,
@@ -17,10 +18,6 @@ from witnesses import (
 CALCULATOR = {"app_name": "galculator"}
 SCREEN = {"target": "screen"}
 REGION = {"x": 301, "y": 33, "w": 257, "h": 101}
-
-
-def move(client: str, x: int, y: int) -> None:
-    tool("xdotool", "windowmove", "--sync", client, str(x), str(y))
 
 
 class PixelsTest(unittest.TestCase):

@@ -19,7 +19,7 @@ ROLES = {
     "AXButton": ["push button"],
     "AXCheckBox": ["check box", "toggle button"],
     "AXComboBox": ["combo box"],
-    "AXGroup": ["filler", "layered pane", "list item", "panel", "status bar"],
+    "AXGroup": ["alert", "filler", "layered pane", "list item", "notification", "panel", "paragraph", "status bar"],
     "AXIncrementor": ["spin button"],
     "AXList": ["list"],
     "AXMenu": ["menu", "popup menu"],
@@ -29,13 +29,15 @@ ROLES = {
     "AXScrollArea": ["scroll pane"],
     "AXScrollBar": ["scroll bar"],
     "AXSecureTextField": ["password text"],
+    "AXSlider": ["slider"],
     "AXSplitGroup": ["split pane"],
     "AXSplitter": ["separator"],
-    "AXStaticText": ["label"],
+    "AXStaticText": ["label", "static"],
     "AXTabGroup": ["page tab list"],
     "AXTable": ["table"],
     "AXToolbar": ["tool bar"],
     "AXUnknown": ["unknown"],
+    "AXWebArea": ["document web"],
     "AXWindow": ["frame"],
 }
 
@@ -50,9 +52,13 @@ def output_of(*command: str, stdin: bytes = b"") -> bytes:
     return subprocess.run(command, input=stdin, check=True, capture_output=True, timeout=20).stdout
 
 
+def windows_of_class(window_class: str) -> list[str]:
+    return [line.split()[0] for line in tool("wmctrl", "-lx").splitlines() if f".{window_class} " in line]
+
+
 def client_window(window_class: str) -> str:
     """The identifier of the one window of this class."""
-    (window,) = (line.split()[0] for line in tool("wmctrl", "-lx").splitlines() if f".{window_class} " in line)
+    (window,) = windows_of_class(window_class)
     return window
 
 
@@ -61,6 +67,28 @@ def frame_window(client: str) -> str:
     tree = tool("xwininfo", "-tree", "-id", client)
     parent, root = (re.search(f"{kind} window id: (0x[0-9a-f]+)", tree).group(1) for kind in ("Parent", "Root"))
     return client if parent == root else frame_window(parent)
+
+
+def drawn_part(client: str) -> str:
+    """The part of its frame that a window fills, without the shadow that some draw themselves, to ImageMagick."""
+    margins = re.search(r"= (\d+), (\d+), (\d+), (\d+)", tool("xprop", "-id", client, "_GTK_FRAME_EXTENTS"))
+    if not margins:
+        return ""
+    left, right, top, bottom = map(int, margins.groups())
+    width, height = (int(side) for side in re.findall(r"(?:Width|Height): (\d+)", tool("xwininfo", "-id", client)))
+    return f"[{width - left - right}x{height - top - bottom}+{left}+{top}]"
+
+
+def corner(window: str) -> tuple[int, ...]:
+    return tuple(int(at) for at in re.findall(r"Absolute upper-left [XY]: +(-?\d+)", tool("xwininfo", "-id", window)))
+
+
+def move(client: str, x: int, y: int) -> None:
+    """Returns when the window is there: its frame, or what is in it, as the window's gravity has it."""
+    tool("xdotool", "windowmove", client, str(x), str(y))
+    deadline = time.monotonic() + 10
+    while (x, y) not in (corner(client), corner(frame_window(client))):
+        assert time.monotonic() < deadline, "the window does not get there"
 
 
 def active_window() -> int:
@@ -99,8 +127,13 @@ def differing_pixels(png: bytes, expected: str) -> str:
     size, expected_size = (size_and_type(png, source).split()[0] for source in ("png:-", expected))
     if size != expected_size:
         return f"{size} instead of {expected_size}"
-    command = ["/usr/bin/compare", "-metric", "AE", "-alpha", "off", "png:-", expected, "null:"]
-    return subprocess.run(command, input=png, capture_output=True, timeout=20).stderr.decode()
+    # On black, as the server holds what is translucent: its colours are multiplied by their opacity. That and the
+    # division in the picture round by one level of 255.
+    is_opaque = tool("/usr/bin/identify", "-format", "%[opaque]", "-", stdin=png).lower() == "true"
+    opaque = output_of("/usr/bin/convert", "png:-", "-background", "black", "-alpha", "remove", "png:-", stdin=png)
+    measure = ["-metric", "AE", "-fuzz", "0" if is_opaque else "0.7%", "-alpha", "off"]
+    command = ["/usr/bin/compare", *measure, "png:-", expected, "null:"]
+    return subprocess.run(command, input=opaque, capture_output=True, timeout=20).stderr.decode()
 
 
 def accessible_tree(application_name: str) -> dict:
@@ -114,7 +147,7 @@ def accessible_tree(application_name: str) -> dict:
 
 def accessible_role(accessible: Atspi.Accessible) -> str:
     name = accessible.get_role_name()
-    if name == "text":
+    if name in ("text", "entry"):
         return "AXTextArea" if accessible.get_state_set().contains(Atspi.StateType.MULTI_LINE) else "AXTextField"
     return next((role for role, names in ROLES.items() if name in names), f"no role for {name}")
 

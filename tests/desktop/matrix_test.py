@@ -1,0 +1,230 @@
+"""The window of each toolkit in the states in which people leave windows: its pixels, its tree, and in what time.
+
+Runs on two monitors, with and without a compositing manager. Each cell becomes a line of the file TAVIK_MATRIX, if set.
+"""
+
+import os
+import signal
+import subprocess
+import time
+import unittest
+from collections.abc import Iterator
+from contextlib import contextmanager
+from dataclasses import dataclass
+from pathlib import Path
+
+from perception import HELPER, Environment, ask, capture
+from witnesses import (
+    accessible_tree,
+    activate,
+    client_window,
+    differing_pixels,
+    drawn_part,
+    frame_window,
+    image_bytes,
+    move,
+    nodes,
+    state_of_desktop,
+    still_screenshot,
+    tool,
+    windows_of_class,
+)
+
+PIXELS = {"level": "pixel_perfect", "include_ax_tree": False}
+TREE = {"include_image": False}
+LIMIT_SECONDS = 2.0  # for whatever an application does or leaves undone
+COMPOSITED = "composited" if "TAVIK_COMPOSITED" in os.environ else "plain"
+
+
+WITHHOLDS_NOTHING = {"TAVIK_PERCEPTION_CONFIG": f"{os.environ['HOME']}/empty-policy.yaml"}
+
+
+@dataclass
+class Application:
+    """One to look at, and the one that lies on top of it."""
+
+    toolkit: str
+    window_class: str
+    bundle: str
+    name: str = ""  # as assistive technology knows it; empty without a tree
+    cover: str = "XTerm"
+
+    @property
+    def request(self) -> dict:
+        return {"app_bundle_id": self.bundle}
+
+
+APPLICATIONS = (
+    Application("GTK 3", "Galculator", "galculator", "galculator"),
+    Application("GTK 4", "gnome-calculator", "org.gnome.Calculator", "gnome-calculator"),
+    Application("Qt 5", "FeatherPad", "featherpad", "FeatherPad"),
+    Application("Chromium", "Chromium", "chromium", "Chromium"),
+    Application("Xt", "XTerm", "debian-xterm", cover="FeatherPad"),
+)
+
+# Where the window and its cover lie: the monitors are 960x700 each, the cover is 900x600.
+ASIDE = (1000, 60)
+PLACES = (
+    ("uncovered", (20, 40), ASIDE),
+    ("partly covered", (20, 40), (150, 200)),
+    ("wholly covered", (20, 40), (10, 30)),
+    ("partly outside", (-120, 450), ASIDE),
+    ("outside and covered", (-120, 450), (-20, 80)),
+    ("on the second monitor", (1100, 100), (10, 30)),
+)
+
+# Hidden states, the command into each and the one out of it, and the code with which pixels are refused.
+HIDDEN = (
+    ("minimized", "xdotool windowminimize", "xdotool windowactivate", "target_window_minimized"),
+    ("shaded", "wmctrl -b add,shaded -ir", "wmctrl -b remove,shaded -ir", "target_window_minimized"),
+    ("on another workspace", "wmctrl -t 1 -ir", "wmctrl -t 0 -ir", "target_app_has_no_window"),
+)
+
+
+def command_on(client: str, command: str) -> None:
+    tool(*command.split(), client)
+
+
+def process_of(application: Application) -> int:
+    return int(tool("xdotool", "getwindowpid", client_window(application.window_class)))
+
+
+def note(application: Application, state: str, wrong: str, count: object, seconds: float) -> None:
+    if file := os.environ.get("TAVIK_MATRIX"):
+        cells = (COMPOSITED, application.toolkit, state, wrong, str(count), f"{seconds * 1000:.0f}")
+        with open(file, "a", encoding="utf-8") as table:
+            table.write(" | ".join(cells) + "\n")
+
+
+def timed(request: dict, environment: Environment | None = None) -> tuple[dict, float]:
+    begin = time.monotonic()
+    response = ask(request, environment)
+    return response, time.monotonic() - begin
+
+
+def without_frames(node: dict) -> dict:
+    children = {"children": [without_frames(child) for child in node["children"]]} if "children" in node else {}
+    return {key: value for key, value in node.items() if key != "frame"} | children
+
+
+class MatrixTest(unittest.TestCase):
+    maxDiff = 2000
+
+    @contextmanager
+    def each(self, application: Application, state: str = "") -> Iterator[None]:
+        with self.subTest(f"{application.toolkit}, {COMPOSITED}", state=state):
+            if not windows_of_class(application.window_class):
+                self.skipTest(f"{application.window_class} is not installed, or did not come up")
+            yield
+
+    def set_the_scene(self, application: Application) -> tuple[str, str]:
+        """The window and its cover side by side, the cover active, every other window minimized."""
+        window, cover = map(client_window, (application.window_class, application.cover))
+        for other in {line.split()[0] for line in tool("wmctrl", "-l").splitlines()} - {window, cover}:
+            tool("xdotool", "windowminimize", other)
+        activate(window)
+        activate(cover)
+        tool("xdotool", "windowsize", cover, "900", "600")
+        move(cover, *ASIDE)
+        move(window, 20, 40)
+        return window, cover
+
+    def uncovered_picture(self, window: str, cover: str) -> str:
+        move(cover, *ASIDE)
+        move(window, 20, 40)
+        return still_screenshot(frame_window(window)) + drawn_part(window)
+
+    def test_1_places(self) -> None:
+        for application in APPLICATIONS:
+            with self.each(application):
+                window, cover = self.set_the_scene(application)
+                expected = self.uncovered_picture(window, cover)
+                for state, place, cover_place in PLACES:
+                    with self.each(application, state):
+                        move(cover, *cover_place)
+                        move(window, *place)
+                        before = state_of_desktop()
+                        response, seconds = timed(application.request | PIXELS)
+                        self.assertEqual(state_of_desktop(), before)
+                        data = response.get("data")
+                        wrong = differing_pixels(image_bytes(data), expected) if data else response["code"]
+                        if data and wrong != "0":  # FeatherPad changes by itself when its notice goes
+                            expected = self.uncovered_picture(window, cover)
+                            wrong = differing_pixels(image_bytes(data), expected)
+                        note(application, state, wrong, "", seconds)
+                        self.assertEqual(wrong, "0")
+
+    def test_2_hidden(self) -> None:
+        for application in APPLICATIONS:
+            with self.each(application):
+                window, _ = self.set_the_scene(application)
+                for state, hide, show, code in HIDDEN:
+                    with self.each(application, state):
+                        command_on(window, hide)
+                        try:
+                            if state == "shaded" and "_SHADED" not in tool("xprop", "-id", window, "_NET_WM_STATE"):
+                                self.skipTest("a window without a title bar of the manager's cannot be shaded")
+                            response, seconds = timed(application.request | PIXELS)
+                            note(application, state, response.get("code", "ok"), "", seconds)
+                            self.assertEqual(response.get("code"), code)
+                        finally:
+                            command_on(window, show)
+
+    def test_3_trees(self) -> None:
+        Path(WITHHOLDS_NOTHING["TAVIK_PERCEPTION_CONFIG"]).touch()
+        for application in APPLICATIONS:
+            if not application.name:
+                continue
+            with self.each(application):
+                still_screenshot(frame_window(self.set_the_scene(application)[0]))
+                before = accessible_tree(application.name)
+                response, seconds = timed(application.request | TREE, WITHHOLDS_NOTHING)
+                after = accessible_tree(application.name)
+                data = response["data"]
+                trees = [data["ax_tree"], before, after]
+                if application.toolkit == "GTK 4":  # which says where elements are within the window alone
+                    trees = [without_frames(tree) for tree in trees]
+                note(application, "tree", "", data["ax_node_count"], seconds)
+                self.assertEqual(trees[0], trees[1] if trees[0] != trees[2] else trees[2])
+                self.assertEqual(data["ax_node_count"], len(nodes(data["ax_tree"])))
+
+    def test_4_password_on_a_page(self) -> None:
+        for application in APPLICATIONS:
+            if application.toolkit != "Chromium":
+                continue
+            with self.each(application):
+                data = capture(application.request | TREE)
+                found = [node for node in nodes(data["ax_tree"]) if node["role"] == "AXSecureTextField"]
+                self.assertEqual([node.get("value") for node in found], ["<redacted>"])
+                self.assertIn("alice", [node.get("value") for node in nodes(data["ax_tree"])])
+
+    def test_5_stopped(self) -> None:
+        for application in APPLICATIONS:
+            with self.each(application):
+                self.set_the_scene(application)
+                process = process_of(application)
+                for state, request in (("stopped, tree", TREE), ("stopped, pixels", PIXELS)):
+                    os.kill(process, signal.SIGSTOP)
+                    try:
+                        response, seconds = timed(application.request | request)
+                    finally:
+                        os.kill(process, signal.SIGCONT)
+                    note(application, state, response.get("code", ""), "", seconds)
+                    self.assertLess(seconds, LIMIT_SECONDS)
+
+    def test_6_killed_while_looked_at(self) -> None:
+        for application in APPLICATIONS:
+            with self.each(application):
+                process = process_of(application)
+                os.kill(process, signal.SIGSTOP)
+                with subprocess.Popen([HELPER], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as helper:
+                    begin = time.monotonic()
+                    helper.stdin.write(b'{"app_bundle_id":"%s"}' % application.bundle.encode())
+                    helper.stdin.close()
+                    time.sleep(0.15)  # into the walk
+                    os.kill(process, signal.SIGKILL)
+                    answer = helper.stdout.read()
+                seconds = time.monotonic() - begin
+                note(application, "killed", "", "", seconds)
+                self.assertTrue(answer.endswith(b"}\n"))
+                self.assertLess(seconds, LIMIT_SECONDS)
