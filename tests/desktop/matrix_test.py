@@ -32,6 +32,7 @@ from witnesses import (
 
 PIXELS = {"level": "pixel_perfect", "include_ax_tree": False}
 TREE = {"include_image": False}
+PASSWORD = "correct horse"  # on sign_in_page.html
 LIMIT_SECONDS = 2.0  # for whatever an application does or leaves undone
 COMPOSITED = "composited" if "TAVIK_COMPOSITED" in os.environ else "plain"
 
@@ -196,6 +197,8 @@ class MatrixTest(unittest.TestCase):
                 data = capture(application.request | TREE)
                 found = [node for node in nodes(data["ax_tree"]) if node["role"] == "AXSecureTextField"]
                 self.assertEqual([node.get("value") for node in found], ["<redacted>"])
+                for secret in (PASSWORD, "•"):  # nor in what a parent repeats of it
+                    self.assertNotIn(secret, str(data["ax_tree"]))
                 self.assertIn("alice", [node.get("value") for node in nodes(data["ax_tree"])])
 
     def test_5_stopped(self) -> None:
@@ -210,6 +213,7 @@ class MatrixTest(unittest.TestCase):
                     finally:
                         os.kill(process, signal.SIGCONT)
                     note(application, state, response.get("code", ""), "", seconds)
+                    self.assertTrue(response["ok"], response)
                     self.assertLess(seconds, LIMIT_SECONDS)
 
     def test_6_killed_while_looked_at(self) -> None:
