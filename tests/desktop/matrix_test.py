@@ -27,6 +27,7 @@ from witnesses import (
     state_of_desktop,
     still_screenshot,
     tool,
+    window_list,
     windows_of_class,
 )
 
@@ -121,7 +122,7 @@ class MatrixTest(unittest.TestCase):
     def set_the_scene(self, application: Application) -> tuple[str, str]:
         """The window and its cover side by side, the cover active, every other window minimized."""
         window, cover = map(client_window, (application.window_class, application.cover))
-        for other in {line.split()[0] for line in tool("wmctrl", "-l").splitlines()} - {window, cover}:
+        for other in {line.split()[0] for line in window_list()} - {window, cover}:
             tool("xdotool", "windowminimize", other)
         activate(window)
         activate(cover)

@@ -52,8 +52,16 @@ def output_of(*command: str, stdin: bytes = b"") -> bytes:
     return subprocess.run(command, input=stdin, check=True, capture_output=True, timeout=20).stdout
 
 
+def window_list() -> list[str]:
+    """A line for each window: its identifier first, its class among the rest."""
+    deadline = time.monotonic() + 10
+    while (listing := subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True)).returncode:
+        assert time.monotonic() < deadline, listing.stderr  # it fails when a window vanishes while it lists them
+    return listing.stdout.splitlines()
+
+
 def windows_of_class(window_class: str) -> list[str]:
-    return [line.split()[0] for line in tool("wmctrl", "-lx").splitlines() if f".{window_class} " in line]
+    return [line.split()[0] for line in window_list() if f".{window_class} " in line]
 
 
 def client_window(window_class: str) -> str:
