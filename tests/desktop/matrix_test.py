@@ -3,7 +3,9 @@
 Runs on two monitors, with and without a compositing manager. Each cell becomes a line of the file TAVIK_MATRIX, if set.
 """
 
+import json
 import os
+import re
 import signal
 import subprocess
 import time
@@ -13,7 +15,7 @@ from contextlib import contextmanager
 from dataclasses import dataclass
 from pathlib import Path
 
-from perception import HELPER, Environment, ask, capture
+from perception import HELPER, Environment, ask, capture, run
 from witnesses import (
     accessible_tree,
     activate,
@@ -109,6 +111,10 @@ def without_frames(node: dict) -> dict:
     return {key: value for key, value in node.items() if key != "frame"} | children
 
 
+def undated(answer: bytes) -> bytes:
+    return re.sub(rb'"captured_at_utc":"[^"]*"', b"", answer)
+
+
 class MatrixTest(unittest.TestCase):
     maxDiff = 2000
 
@@ -190,7 +196,20 @@ class MatrixTest(unittest.TestCase):
                 self.assertEqual(trees[0], trees[1] if trees[0] != trees[2] else trees[2])
                 self.assertEqual(data["ax_node_count"], len(nodes(data["ax_tree"])))
 
-    def test_4_password_on_a_page(self) -> None:
+    def test_4_prefetch_changes_nothing(self) -> None:
+        for application in APPLICATIONS:
+            if not application.name:
+                continue
+            with self.each(application):
+                still_screenshot(frame_window(self.set_the_scene(application)[0]))  # the manager moves them about
+                for request in (application.request | TREE, {"target": "focused_element"} | TREE):
+                    before, without, after = (
+                        undated(run(json.dumps(request).encode(), program=program).stdout)
+                        for program in (HELPER, os.environ["TAVIK_WITHOUT_PREFETCH"], HELPER)
+                    )
+                    self.assertEqual(without, before if without != after else after)
+
+    def test_5_password_on_a_page(self) -> None:
         for application in APPLICATIONS:
             if application.toolkit != "Chromium":
                 continue
@@ -202,7 +221,7 @@ class MatrixTest(unittest.TestCase):
                     self.assertNotIn(secret, str(data["ax_tree"]))
                 self.assertIn("alice", [node.get("value") for node in nodes(data["ax_tree"])])
 
-    def test_5_stopped(self) -> None:
+    def test_6_stopped(self) -> None:
         for application in APPLICATIONS:
             with self.each(application):
                 self.set_the_scene(application)
@@ -217,7 +236,7 @@ class MatrixTest(unittest.TestCase):
                     self.assertTrue(response["ok"], response)
                     self.assertLess(seconds, LIMIT_SECONDS)
 
-    def test_6_killed_while_looked_at(self) -> None:
+    def test_7_killed_while_looked_at(self) -> None:
         for application in APPLICATIONS:
             with self.each(application):
                 process = process_of(application)

@@ -10,10 +10,10 @@ DEADLINE_SECONDS = 20  # a run that takes longer hangs
 Environment = dict[str, str | None]  # what a run has otherwise than this process; None takes a variable away
 
 
-def run(request: bytes, environment: Environment | None = None) -> subprocess.CompletedProcess:
+def run(request: bytes, environment: Environment | None = None, program: str = HELPER) -> subprocess.CompletedProcess:
     changed = os.environ | (environment or {})
     variables = {name: value for name, value in changed.items() if value is not None}
-    return subprocess.run([HELPER], input=request, env=variables, capture_output=True, timeout=DEADLINE_SECONDS)
+    return subprocess.run([program], input=request, env=variables, capture_output=True, timeout=DEADLINE_SECONDS)
 
 
 def ask(request: dict, environment: Environment | None = None) -> dict:
