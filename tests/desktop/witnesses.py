@@ -165,7 +165,9 @@ def accessible_node(accessible: Atspi.Accessible, depth: int) -> dict:
     node = {"role": accessible_role(accessible)} | {key: text for key, text in texts.items() if text}
     interfaces = accessible.get_interfaces()
     if "Text" in interfaces:
-        node["value"] = Atspi.Text.get_text(accessible, 0, -1)
+        text = Atspi.Text.get_text(accessible, 0, -1)
+        if not text.strip() or text.strip("\ufffc \n"):  # not the places of embedded objects alone
+            node["value"] = text
     if "Component" in interfaces:
         frame = Atspi.Component.get_extents(accessible, Atspi.CoordType.SCREEN)
         if frame.width > 0 and frame.height > 0 and frame.x != NOWHERE:

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -9,8 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/accessibility_geometry.h"
-#include "platform/linux/atspi_bus.h"
+#include "platform/linux/accessibility_element.h"
 
 namespace tavik::platform::atspi {
 
@@ -32,25 +33,29 @@ struct FakeObject {
   std::set<std::string> mute = {};         ///< those that never answer
 };
 
+/// Objects by their paths.
+using FakeObjects = std::map<std::string, FakeObject>;
+
 /// An application that answers from a thread of its own at the other end of a socket.
 class FakePeer {
  public:
-  explicit FakePeer(std::map<std::string, FakeObject> objects);
+  explicit FakePeer(FakeObjects objects);
   FakePeer(const FakePeer&) = delete;
   FakePeer& operator=(const FakePeer&) = delete;
   ~FakePeer();
 
-  Bus takeConnection() { return std::exchange(connection_, nullptr); }
+  /// The element of its object "/root", which takes over the connection.
+  std::shared_ptr<const Element> takeRoot(PatienceLimits limits = {});
   /// How often a method was called, or a property read, of one object, or of all.
-  int calls(const std::string& member, const std::string& path = {}) const;
+  std::ptrdiff_t calls(const std::string& member, const std::string& path = {}) const;
 
  private:
   void serve(int descriptor);
   static int onMessage(sd_bus_message* call, void* self, sd_bus_error*);
 
-  std::map<std::string, FakeObject> objects_;
+  FakeObjects objects_;
   mutable std::mutex mutex_;
-  std::map<std::string, std::map<std::string, int>> calls_;  ///< by member, then by path
+  std::vector<std::pair<std::string, std::string>> calls_;  ///< member and path
   Bus connection_;
   std::thread thread_;
 };

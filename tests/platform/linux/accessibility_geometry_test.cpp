@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,18 +13,13 @@ namespace tavik::platform::atspi {
 namespace {
 
 x11::ManagedWindow managed(const std::string& title, x11::PixelRect client, x11::FrameExtents shadow = {}) {
-  const x11::PixelRect frame{
-      .x = client.x - 1, .y = client.y - 20, .width = client.width + 2, .height = client.height + 25};
+  const x11::PixelRect frame{client.x - 1, client.y - 20, client.width + 2, client.height + 25};
   return {.title = title, .clientRect = client, .frameRect = frame, .gtkExtents = shadow};
 }
 
 TEST(FrameOfExtents, IsNothingForElementsThatAreNowhere) {
-  struct Case {
-    std::string_view reason;
-    Extents extents;
-    std::optional<Rect> expected;
-  };
-  for (const auto& row : {
+  using Case = std::tuple<std::string_view, Extents, std::optional<Rect>>;
+  for (const auto& [reason, extents, expected] : {
            Case{"moved by the offset", {10, 20, 30, 40}, Rect{110, 15, 30, 40}},
            Case{"left of the first monitor", {-500, 0, 1, 1}, Rect{-400, -5, 1, 1}},
            Case{"a closed menu of GTK 3", {INT_MIN, INT_MIN, 1, 1}, std::nullopt},
@@ -32,7 +28,7 @@ TEST(FrameOfExtents, IsNothingForElementsThatAreNowhere) {
            Case{"hidden in Qt", {0, 0, 0, 0}, std::nullopt},
            Case{"negative", {3, 4, -1, 9}, std::nullopt},
        })
-    EXPECT_EQ(frameOfExtents(row.extents, {.x = 100, .y = -5}), row.expected) << row.reason;
+    EXPECT_EQ(frameOfExtents(extents, {.x = 100, .y = -5}), expected) << reason;
 }
 
 TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
@@ -41,14 +37,9 @@ TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
   const WindowClaim sameTitle{.title = "Letter", .extents = Extents{0, 0, 50, 50}};
   const WindowClaim sameSize{.title = "", .extents = Extents{99, 80, 602, 425}};
   const WindowClaim both{.title = "Letter", .extents = Extents{100, 100, 600, 400}};
-  WindowClaim active = other;
-  active.isActive = true;
-  struct Case {
-    std::string_view reason;
-    std::vector<WindowClaim> windows;
-    std::optional<std::size_t> expected;
-  };
-  for (const auto& row : {
+  const WindowClaim active{.title = "Other", .isActive = true};
+  using Case = std::tuple<std::string_view, std::vector<WindowClaim>, std::optional<std::size_t>>;
+  for (const auto& [reason, windows, expected] : {
            Case{"activity beats likeness", {both, active}, 1},
            Case{"the first of two active ones", {other, active, active}, 1},
            Case{"title and size beat the title alone", {sameTitle, both}, 1},
@@ -57,33 +48,26 @@ TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
            Case{"the first when none fits", {other, other}, 0},
            Case{"an application without windows", {}, std::nullopt},
        })
-    EXPECT_EQ(mainWindow(row.windows, &topmost), row.expected) << row.reason;
+    EXPECT_EQ(mainWindow(windows, &topmost), expected) << reason;
   EXPECT_EQ(mainWindow(std::vector{other, both}, nullptr), 0U) << "no window on the X server";
 }
 
 TEST(OffsetOfWindow, LeadsFromTheClaimToTheVisibleWindow) {
   const Extents claimed{0, 0, 300, 200};
   const x11::FrameExtents shadow{.left = 26, .right = 26, .top = 23, .bottom = 29};
-  struct Case {
-    std::string_view reason;
-    Extents claimed;
-    x11::ManagedWindow window;
-    std::optional<Point> expected;
-  };
-  for (const auto& row : {
+  using Case = std::tuple<std::string_view, Extents, x11::ManagedWindow, std::optional<Point>>;
+  for (const auto& [reason, extents, window, expected] : {
            Case{"same size", claimed, managed("W", {40, 60, 300, 200}), Point{40, 60}},
            Case{"a shadow of known width", claimed, managed("W", {40, 60, 352, 252}, shadow), Point{66, 83}},
            Case{"a border on all sides", claimed, managed("W", {40, 60, 310, 210}), Point{45, 65}},
            Case{"two pixels to a point", claimed, managed("W", {40, 60, 600, 400}), Point{20, 30}},
            Case{"two pixels to a point, shadow", claimed, managed("W", {40, 60, 652, 452}, shadow), Point{33, 41}},
-           Case{
-               "coordinates that are right already", {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Point{0, 0}},
+           Case{"right already", {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Point{0, 0}},
            Case{"partly off the screen", claimed, managed("W", {-40, -60, 300, 200}), Point{-40, -60}},
            Case{"another size: the window is being resized", claimed, managed("W", {0, 0, 500, 500}), std::nullopt},
            Case{"nowhere", {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
        })
-    EXPECT_EQ(offsetOfWindow({.title = "W", .extents = row.claimed}, std::vector{row.window}), row.expected)
-        << row.reason;
+    EXPECT_EQ(offsetOfWindow({.title = "W", .extents = extents}, std::vector{window}), expected) << reason;
 }
 
 TEST(OffsetOfWindow, ChoosesAmongWindowsOfOneSizeByTitleThenByActivity) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/role_names.h"
+#include "text/trimming.h"
 
 namespace tavik::platform::atspi {
 namespace {
@@ -22,7 +23,20 @@ Value unlessEmpty(const std::optional<std::string>& text) {
 
 Value role(const Knowledge& known) { return known.role ? Value(std::string(*known.role)) : std::nullopt; }
 
-Value value(const Knowledge& known) { return known.role && known.text ? Value(*known.text) : std::nullopt; }
+/// True of a text that holds embedded objects and nothing else. Each stands in it as a U+FFFC, which no screen shows.
+/// Among words they are left in: without them, the words on both sides would become one.
+bool holdsOnlyObjects(std::string_view value) {
+  constexpr std::string_view kObject = "\uFFFC";
+  auto rest = text::trimmedOfWhitespaceAndNewlines(value);
+  if (!rest.starts_with(kObject)) return false;
+  while (rest.starts_with(kObject)) rest = text::trimmedOfWhitespaceAndNewlines(rest.substr(kObject.size()));
+  return rest.empty();
+}
+
+Value value(const Knowledge& known) {
+  const bool saysSomething = known.role && known.text && !holdsOnlyObjects(*known.text);
+  return saysSomething ? Value(*known.text) : std::nullopt;
+}
 
 std::optional<Rect> frame(const Knowledge& known) {
   return known.extents && known.offset ? frameOfExtents(*known.extents, *known.offset) : std::nullopt;

@@ -53,7 +53,8 @@ class Element final : public UIElement {
 
   /// An element whose role could not be read has no "AXValue" either, because what must not be shown is told by the
   /// role. "AXValue" is the text of the Text interface as the toolkit gives it to anyone, bullets for a password; it is
-  /// asked for without the number of its characters, for which GTK 4.8 gives away hidden text.
+  /// asked for without the number of its characters, for which GTK 4.8 gives away hidden text. A text that only holds
+  /// the places of embedded objects, as Chromium's containers have, is none.
   std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override;
 
   /// Asks for those facts that have not been asked for. They are known once the session has settled.

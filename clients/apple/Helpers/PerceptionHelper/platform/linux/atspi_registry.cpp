@@ -1,10 +1,12 @@
 #include "platform/linux/atspi_registry.h"
 
 #include <cstddef>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/atspi_reply.h"
+#include "platform/linux/process_evidence.h"
 
 namespace tavik::platform::atspi {
 namespace {
@@ -48,13 +50,20 @@ void askForWindows(Conversation& conversation, std::vector<Application>& applica
   conversation.settle();
 }
 
+/// True when the connected process is the application's own, or the proxy between its Flatpak sandbox and the bus.
+/// `instance` is that of the sandbox, empty without one.
+bool speaksFor(std::int32_t connected, std::int32_t processID, const std::string& instance) {
+  return connected == processID || (!instance.empty() && posix::flatpakInstance(connected) == instance);
+}
+
 }  // namespace
 
 std::optional<Reference> findApplication(Conversation& conversation, std::int32_t processID) {
   auto applications = registeredApplications(conversation);
   askProcessIDs(conversation, applications);
-  std::erase_if(applications, [processID](const Application& application) {
-    return !application.processID || std::cmp_not_equal(*application.processID, processID);
+  const auto instance = posix::flatpakInstance(processID);
+  std::erase_if(applications, [&](const Application& application) {
+    return !application.processID || !speaksFor(static_cast<std::int32_t>(*application.processID), processID, instance);
   });
   if (applications.empty()) return std::nullopt;
   if (applications.size() > 1) askForWindows(conversation, applications);

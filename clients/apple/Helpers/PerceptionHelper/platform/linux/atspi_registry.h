@@ -7,8 +7,8 @@
 
 namespace tavik::platform::atspi {
 
-/// The root object of the application that a process has registered on the accessibility bus, if it has. A process may
-/// have registered several: then it is the first that has windows, else the first.
+/// The root object of the application that a process, or the Flatpak sandbox that it runs in, has registered on the
+/// accessibility bus, if it has. Of several it is the first that has windows, else the first.
 std::optional<Reference> findApplication(Conversation& conversation, std::int32_t processID);
 
 }  // namespace tavik::platform::atspi

@@ -12,7 +12,8 @@
 namespace tavik::platform::x11 {
 namespace {
 
-std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply) {
+/// One that somebody has set by hand may reach beyond the root window, where there are no pixels.
+std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply, const PixelRect& root) {
   std::vector<Monitor> monitors;
   auto left = std::size_t{reply.length} * 4;
   auto items = xcb_randr_get_monitors_monitors_iterator(&reply);
@@ -21,8 +22,8 @@ std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply
     const auto size = sizeof item + std::size_t{item.nOutput} * sizeof(xcb_randr_output_t);
     if (size > left) break;
     left -= size;
-    Monitor monitor{.displayID = item.name,
-                    .rect = {.x = item.x, .y = item.y, .width = item.width, .height = item.height}};
+    const PixelRect whole{.x = item.x, .y = item.y, .width = item.width, .height = item.height};
+    Monitor monitor{.displayID = item.name, .rect = intersection(whole, root)};
     if (item.nOutput > 0) monitor.output = *xcb_randr_monitor_info_outputs(&item);
     if (!isEmpty(monitor.rect)) monitors.insert(item.primary != 0 ? monitors.begin() : monitors.end(), monitor);
   }
@@ -30,23 +31,24 @@ std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply
 }
 
 /// A server without RandR 1.5 fails this request.
-std::optional<std::vector<Monitor>> randrMonitors(XConnection& connection) {
+std::optional<std::vector<Monitor>> randrMonitors(XConnection& connection, const PixelRect& root) {
   if (!connection.hasExtension(xcb_randr_id)) return std::nullopt;
   constexpr std::uint8_t onlyActive = 1;
   xcb_discard_reply(connection.xcb(), xcb_randr_query_version(connection.xcb(), 1, 5).sequence);
   const auto cookie = xcb_randr_get_monitors(connection.xcb(), connection.root(), onlyActive);
   const auto reply = connection.reply(xcb_randr_get_monitors_reply, cookie);
-  return reply ? std::optional(monitorsOfReply(*reply)) : std::nullopt;
+  return reply ? std::optional(monitorsOfReply(*reply, root)) : std::nullopt;
 }
 
 }  // namespace
 
 std::vector<Monitor> monitors(XConnection& connection) {
   if (!connection.isReachable()) return {};
-  if (auto found = randrMonitors(connection)) return *std::move(found);
-  if (!connection.isReachable()) return {};
   const auto& screen = connection.screen();
-  return {{.displayID = screen.root, .rect = {.width = screen.width_in_pixels, .height = screen.height_in_pixels}}};
+  const PixelRect root{.width = screen.width_in_pixels, .height = screen.height_in_pixels};
+  if (auto found = randrMonitors(connection, root)) return *std::move(found);
+  if (!connection.isReachable()) return {};
+  return {{.displayID = screen.root, .rect = root}};
 }
 
 }  // namespace tavik::platform::x11

@@ -15,7 +15,7 @@ namespace tavik::platform::x11 {
 struct Monitor {
   std::uint32_t displayID = 0;               ///< the atom of its name, which no other monitor has; else the root window
   std::optional<std::uint32_t> output = {};  ///< the XID of its first RandR output
-  PixelRect rect = {};
+  PixelRect rect = {};                       ///< on the root window, never beyond it
 };
 
 /// The monitors, the primary one first and then in the server's order (RandR 1.5). For a server without them it is the

@@ -18,13 +18,18 @@ std::string procFile(std::int32_t processID, const char* name) {
   return "/proc/" + std::to_string(processID) + "/" + name;
 }
 
-}  // namespace
-
-std::string flatpakID(std::int32_t processID) {
+/// What Flatpak has written into the sandbox of a process (flatpak-metadata(5)).
+std::string flatpakInfo(std::int32_t processID, const char* group, const char* key) {
   const auto text = readRegularFile(procFile(processID, "root/.flatpak-info"), kLargestFile);
   const auto file = text ? desktop_entries::parseKeyFile(*text) : nullptr;
-  return file ? desktop_entries::plainString(file, "Application", "name").value_or("") : "";
+  return file ? desktop_entries::plainString(file, group, key).value_or("") : "";
 }
+
+}  // namespace
+
+std::string flatpakID(std::int32_t processID) { return flatpakInfo(processID, "Application", "name"); }
+
+std::string flatpakInstance(std::int32_t processID) { return flatpakInfo(processID, "Instance", "instance-id"); }
 
 std::string executableName(std::int32_t processID) {
   constexpr std::string_view replaced = " (deleted)";

@@ -54,7 +54,7 @@ std::optional<double> factorOfSettings(std::string_view settings) {
   return std::max<double>(windowScale.value_or(1), dpi.value_or(0) / 1024.0 / kUnscaledDPI);
 }
 
-/// What the settings manager of the first screen has written to its window.
+/// What the settings manager of the screen has written to its window.
 PropertyValue settingsOf(XConnection& connection) {
   const auto selection = connection.atom(Atom::xsettingsManager);
   if (selection == XCB_ATOM_NONE) return {};

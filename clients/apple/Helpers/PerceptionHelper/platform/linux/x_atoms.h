@@ -41,6 +41,7 @@ enum class Atom : std::uint8_t {
   xsettingsSettings,
 };
 
+/// The selections, which end in _S, go on with the number of the screen: each has its own (ICCCM 2.8).
 inline constexpr std::array<std::string_view, 28> kAtomNames{
     "UTF8_STRING",
     "_NET_SUPPORTING_WM_CHECK",
@@ -67,8 +68,8 @@ inline constexpr std::array<std::string_view, 28> kAtomNames{
     "_GTK_APPLICATION_ID",
     "_GTK_FRAME_EXTENTS",
     "AT_SPI_BUS",
-    "_NET_WM_CM_S0",
-    "_XSETTINGS_S0",
+    "_NET_WM_CM_S",
+    "_XSETTINGS_S",
     "_XSETTINGS_SETTINGS",
 };
 static_assert(kAtomNames.size() == static_cast<std::size_t>(Atom::xsettingsSettings) + 1);

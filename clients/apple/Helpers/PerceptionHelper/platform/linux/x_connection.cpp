@@ -4,6 +4,7 @@
 #include <array>
 #include <future>
 #include <poll.h>
+#include <string>
 #include <thread>
 
 #include <xcb/composite.h>
@@ -24,6 +25,11 @@ const xcb_screen_t* screenWithNumber(const xcb_setup_t& setup, int number) {
   auto screens = xcb_setup_roots_iterator(&setup);
   for (; screens.rem > 1 && number > 0; --number) xcb_screen_next(&screens);
   return screens.rem > 0 ? screens.data : nullptr;
+}
+
+/// The name under which an atom is meant on the screen with this number.
+std::string nameOnScreen(std::string_view name, int number) {
+  return std::string(name) + (name.ends_with("_S") ? std::to_string(number) : "");
 }
 
 }  // namespace
@@ -58,8 +64,9 @@ void XConnection::prepare(int screenNumber) {
     xcb_prefetch_extension_data(xcb(), extension);
   }
   std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies{};
-  std::transform(kAtomNames.begin(), kAtomNames.end(), cookies.begin(), [this](std::string_view name) {
+  std::transform(kAtomNames.begin(), kAtomNames.end(), cookies.begin(), [&](std::string_view atomName) {
     constexpr std::uint8_t onlyIfExists = 1;
+    const auto name = nameOnScreen(atomName, screenNumber);
     return xcb_intern_atom(xcb(), onlyIfExists, static_cast<std::uint16_t>(name.size()), name.data());
   });
   std::transform(cookies.begin(), cookies.end(), atoms_.begin(), [this](xcb_intern_atom_cookie_t cookie) {
