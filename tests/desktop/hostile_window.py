@@ -1,32 +1,61 @@
 """GTK windows that ask for trouble, one kind by each name on the command line.
 
-popup: a menu-like window of no manager's, over the window; crowd: ten thousand buttons; name: a title of a megabyte;
-restless: another size every few milliseconds; glass: a translucent colour, in a window with an alpha channel.
+crowd: a table of ten thousand rows; name: a title of a megabyte; glass: a translucent colour, in a window with an alpha
+channel; stop, kill: that signal to itself when it is asked for the name of what lies between its labels. Three wait for
+SIGUSR1. popup: a menu-like window of no manager's, over the window; restless: one colour all over, another place and
+size every 40 ms; hang: serves neither its window nor its bus, being busy, and after SIGUSR2 asleep.
 """
 
+import os
+import signal
 import sys
+import time
 
 import gi
 
-for module, version in (("Gdk", "3.0"), ("Gtk", "3.0")):
+for module, version in (("Atk", "1.0"), ("Gdk", "3.0"), ("Gtk", "3.0")):
     gi.require_version(module, version)
-from gi.repository import Gdk, GLib, Gtk  # noqa: E402
+from gi.repository import Atk, Gdk, GLib, Gtk  # noqa: E402
 
 CROWD = 10_000
 LONG_NAME = "N" * 1_000_000
 PLACE = (20, 40)
+WIDTHS = range(300, 500, 10)  # of the restless window
 
 
 def crowd() -> Gtk.Widget:
-    box = Gtk.Box()
-    for number in range(CROWD):
-        box.add(Gtk.Button(label=str(number)))
+    rows = Gtk.ListStore(str)
+    for number in range(1, CROWD):
+        rows.append([str(number)])
+    table = Gtk.TreeView(model=rows, headers_visible=False)  # whose first child stands for the column
+    table.append_column(Gtk.TreeViewColumn("", Gtk.CellRendererText(), text=0))
     scrolled = Gtk.ScrolledWindow()
-    scrolled.add(box)
+    scrolled.add(table)
     return scrolled
 
 
-def add_popup() -> None:
+class Trap(Atk.Object):
+    def do_get_name(self) -> str:
+        os.kill(os.getpid(), getattr(signal, f"SIG{sys.argv[1].upper()}"))
+        return "late"
+
+
+class Trapped(Gtk.DrawingArea):
+    trap = None
+
+    def do_get_accessible(self) -> Atk.Object:
+        self.trap = self.trap or Trap(accessible_parent=self.get_parent().get_accessible())
+        return self.trap
+
+
+def trapped() -> Gtk.Widget:
+    box = Gtk.Box()
+    for widget in (Gtk.Label(label="first"), Trapped(), Gtk.Label(label="last")):
+        box.add(widget)
+    return box
+
+
+def add_popup(_: Gtk.Window) -> None:
     popup = Gtk.Window(type=Gtk.WindowType.POPUP, title="over")
     popup.add(Gtk.Label(label="over everything"))
     popup.resize(150, 120)
@@ -34,40 +63,54 @@ def add_popup() -> None:
     popup.show_all()
 
 
-def keep_resizing(window: Gtk.Window) -> None:
-    sizes = [0]
+def keep_moving(window: Gtk.Window) -> None:
+    steps = [0]
 
-    def resize() -> bool:
-        sizes[0] += 1
-        window.resize(300 + 10 * (sizes[0] % 20), 200)
+    def step() -> bool:
+        steps[0] += 1
+        window.resize(WIDTHS[steps[0] % len(WIDTHS)], 200)
+        window.move(PLACE[0] + 37 * (steps[0] % 11), PLACE[1])
         return True
 
-    GLib.timeout_add(7, resize)
+    GLib.timeout_add(40, step)
 
 
-def make_glass(window: Gtk.Window) -> None:
-    window.set_visual(window.get_screen().get_rgba_visual())
+def hang(_: Gtk.Window) -> None:
+    os.nice(19)  # the helper's answer is measured, not its share of the processor
+    while True:
+        pass
+
+
+def paint(window: Gtk.Window, colour: str) -> None:
     style = Gtk.CssProvider()
-    style.load_from_data(b"window { background: rgba(255, 127, 0, 0.5); }")
-    window.get_style_context().add_provider(style, Gtk.STYLE_PROVIDER_PRIORITY_APPLICATION)
+    style.load_from_data(f"window {{ background: {colour}; }} label {{ color: {colour}; }}".encode())
+    Gtk.StyleContext.add_provider_for_screen(window.get_screen(), style, Gtk.STYLE_PROVIDER_PRIORITY_APPLICATION)
+
+
+CONTENT = {"crowd": crowd, "stop": trapped, "kill": trapped}
+TROUBLE = {"popup": add_popup, "restless": keep_moving, "hang": hang}
 
 
 def main(kind: str) -> None:
     name = f"hostile-{kind}"
     GLib.set_prgname(name)
     Gdk.set_program_class(name)
-    window = Gtk.Window(title=LONG_NAME if kind == "name" else kind)
+    window = Gtk.Window(title=LONG_NAME if kind == "name" else kind, decorated=kind != "restless")
     window.set_default_size(300, 200)
-    window.add(crowd() if kind == "crowd" else Gtk.Label(label=kind, xalign=0))
+    window.add(CONTENT.get(kind, lambda: Gtk.Label(label=kind, xalign=0))())
     if kind == "glass":
-        make_glass(window)
+        window.set_visual(window.get_screen().get_rgba_visual())
+        paint(window, "rgba(255, 127, 0, 0.5)")
+    if kind in ("restless", "hang"):  # what the server fills in by itself, before they draw
+        window.realize()
+        window.get_window().set_background_rgba(Gdk.RGBA(1, 127 / 255, 0, 1))
     if kind == "restless":
-        keep_resizing(window)
+        paint(window, "rgb(255, 127, 0)")
+    signal.signal(signal.SIGUSR1, lambda *_: TROUBLE[kind](window))
+    signal.signal(signal.SIGUSR2, lambda *_: time.sleep(1000))
     window.connect("destroy", Gtk.main_quit)
     window.show_all()
     window.move(*PLACE)
-    if kind == "popup":
-        GLib.timeout_add(300, add_popup)
     Gtk.main()
 
 

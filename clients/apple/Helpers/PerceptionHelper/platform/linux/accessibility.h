@@ -21,8 +21,8 @@ struct WindowSystem {
 };
 
 /// Access to the accessibility trees of applications (AT-SPI2). A process is trusted when it can reach the
-/// accessibility bus; finding out starts nothing. Connects at the first question, once, and gives up after 1.5 s. Of an
-/// application, the program waits at most 1.5 s for any one answer, and 10 s in all; what it has not said by then
+/// accessibility bus; finding out starts nothing. Connects at the first question, once, and gives up after 1.2 s. Of an
+/// application, the program waits at most 1.2 s for any one answer, and 10 s in all; what it has not said by then
 /// cannot be read. Not to be used by several threads at a time.
 std::unique_ptr<Accessibility> makeAccessibility(WindowSystem windowSystem);
 

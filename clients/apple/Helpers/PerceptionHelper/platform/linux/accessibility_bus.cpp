@@ -10,7 +10,7 @@
 namespace tavik::platform::atspi {
 namespace {
 
-constexpr auto kPatience = std::chrono::milliseconds(1500);
+constexpr auto kPatience = std::chrono::milliseconds(1200);
 
 std::optional<std::string> addressOfEnvironment() {
   const char* address = std::getenv("AT_SPI_BUS_ADDRESS");

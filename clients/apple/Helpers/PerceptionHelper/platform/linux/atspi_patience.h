@@ -7,7 +7,7 @@ namespace tavik::platform::atspi {
 
 /// How long other processes may keep the program waiting.
 struct PatienceLimits {
-  std::chrono::microseconds silence = std::chrono::milliseconds(1500);  ///< without any answer, while one is awaited
+  std::chrono::microseconds silence = std::chrono::milliseconds(1200);  ///< without any answer, while one is awaited
   std::chrono::microseconds total = std::chrono::seconds(10);           ///< of waiting in all
 };
 
