@@ -1,9 +1,5 @@
 #include "fake/fake_platform.h"
 
-#include <numeric>
-#include <stdexcept>
-#include <thread>
-
 namespace tavik::fake {
 namespace {
 
@@ -12,10 +8,10 @@ using namespace tavik::platform;
 using Text = std::optional<std::string>;
 using Applications = std::vector<RunningApplicationRef>;
 
-template <class Map>
-std::optional<typename Map::mapped_type> lookUp(const Map& map, const auto& key) {
-  const auto found = map.find(key);
-  return found != map.end() ? std::optional(found->second) : std::nullopt;
+template <class Values>
+std::optional<typename Values::mapped_type> lookUp(const Values& values, const auto& key) {
+  const auto found = values.find(key);
+  return found != values.end() ? std::optional(found->second) : std::nullopt;
 }
 
 struct FakeApplication final : RunningApplication {
@@ -34,16 +30,12 @@ struct FakeApplication final : RunningApplication {
 
 struct FakeImage final : Image {
   PixelSize pixels;
-  bool canEncode;
-
-  FakeImage(PixelSize size, bool encodes) : pixels(size), canEncode(encodes) {}
+  explicit FakeImage(PixelSize size) : pixels(size) {}
 
   PixelSize size() const override { return pixels; }
-  ImageRef resized(PixelSize size) const override {
-    return size.width < 1 || size.height < 1 ? nullptr : image(size, canEncode);
-  }
+  ImageRef resized(PixelSize size) const override { return size.width < 1 || size.height < 1 ? nullptr : image(size); }
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
-    if (!canEncode) return std::nullopt;
+    if (pixels.width < 0 || pixels.height < 0) return std::nullopt;
     std::string text = type == ImageType::png ? "png " : "jpeg ";
     text += std::to_string(pixels.width) + "x" + std::to_string(pixels.height);
     if (type == ImageType::jpeg) text += quality ? ' ' + std::to_string(*quality).substr(0, 4) : " -";
@@ -75,14 +67,14 @@ struct FakeHost final : Fake<Host> {
 struct FakeStreams final : Fake<StandardStreams> {
   using Fake::Fake;
   std::string readInputToEnd() override { return desktop.input; }
-  void writeOutput(std::string_view bytes) override { desktop.outputWrites.emplace_back(bytes); }
+  void writeOutput(std::string_view bytes) override { desktop.output += bytes; }
   void writeError(std::string_view bytes) override { desktop.error += bytes; }
 };
 
 struct FakeWorkspace final : Fake<Workspace> {
   using Fake::Fake;
   Applications runningApplications() const override {
-    ++desktop.calls.applicationQueries;
+    ++desktop.calls["runningApplications"];
     return desktop.applications;
   }
   Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) const override {
@@ -97,45 +89,36 @@ struct FakeWorkspace final : Fake<Workspace> {
 struct FakeAccessibility final : Fake<Accessibility> {
   using Fake::Fake;
   bool isProcessTrusted() const override {
-    ++desktop.calls.isProcessTrusted;
+    ++desktop.calls["isProcessTrusted"];
     return desktop.isTrusted;
   }
   UIElementRef createApplication(std::int32_t processIdentifier) const override {
     return lookUp(desktop.applicationElements, processIdentifier).value_or(element({}));
   }
-  void prefetch(const UIElementRef&, int, int) const override { ++desktop.calls.prefetch; }
+  void prefetch(const UIElementRef&, int, int) const override { ++desktop.calls["prefetch"]; }
 };
 
 struct FakeScreenCapture final : Fake<ScreenCapture> {
   using Fake::Fake;
   bool preflightScreenCaptureAccess() const override {
-    ++desktop.calls.preflight;
+    ++desktop.calls["preflight"];
     return desktop.mayRecordScreen;
   }
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> handler) const override {
-    ++desktop.calls.shareableContent;
-    const bool asDocumented = !options.excludingDesktopWindows && options.onScreenWindowsOnly;
-    if (!desktop.content || !asDocumented) return deliver<ShareableContent>(PlatformError{"no content"}, handler);
-    deliver<ShareableContent>(*desktop.content, handler);
+    ++desktop.calls["shareableContent"];
+    std::variant<ShareableContent, PlatformError> outcome = PlatformError{"no content"};
+    if (desktop.content && !options.excludingDesktopWindows && options.onScreenWindowsOnly) outcome = *desktop.content;
+    desktop.deliver([=] { handler(outcome); });
   }
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
                     CompletionHandler<ImageRef> handler) const override {
-    ++desktop.calls.captureImage;
+    ++desktop.calls["captureImage"];
     desktop.filter = filter;
-    if (!desktop.image) return deliver<ImageRef>(PlatformError{"no image"}, handler);
-    const bool hasSize = desktop.image->size() != PixelSize{};
-    deliver<ImageRef>(hasSize ? desktop.image : image({configuration.width, configuration.height}), handler);
-  }
-
-  template <class Value>
-  void deliver(const std::variant<Value, PlatformError>& outcome, const CompletionHandler<Value>& handler) const {
-    const auto delivery = desktop.delivery;
-    if (delivery == Delivery::byThrowing) throw std::runtime_error("a backend that breaks its promise");
-    if (delivery == Delivery::never) return;
-    if (delivery == Delivery::fromAnotherThread) return std::thread([=] { handler(outcome); }).detach();
-    handler(outcome);
-    if (delivery == Delivery::twice) handler(outcome);
+    const PixelSize asked{configuration.width, configuration.height};
+    std::variant<ImageRef, PlatformError> outcome = PlatformError{"no image"};
+    if (const auto& size = desktop.imageSize) outcome = image(*size == PixelSize{} ? asked : *size);
+    desktop.deliver([=] { handler(outcome); });
   }
 };
 
@@ -150,17 +133,9 @@ std::optional<AttributeValue> FakeElement::copyAttributeValue(std::string_view n
   return lookUp(attributes, name);
 }
 
-FakeElementRef element(std::map<std::string, AttributeValue, std::less<>> attributes) {
-  auto result = std::make_shared<FakeElement>();
-  result->attributes = std::move(attributes);
-  return result;
-}
+FakeElementRef element(Map<AttributeValue> attributes) { return std::make_shared<FakeElement>(std::move(attributes)); }
 
-ImageRef image(PixelSize size, bool canEncode) { return std::make_shared<FakeImage>(size, canEncode); }
-
-std::string FakeDesktop::output() const {
-  return std::accumulate(outputWrites.begin(), outputWrites.end(), std::string());
-}
+ImageRef image(PixelSize size) { return std::make_shared<FakeImage>(size); }
 
 Platform makePlatform(FakeDesktop& desktop) {
   return {.host = std::make_unique<FakeHost>(desktop),

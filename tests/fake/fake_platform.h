@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,46 +13,40 @@
 
 namespace tavik::fake {
 
+template <class Value>
+using Map = std::map<std::string, Value, std::less<>>;
+
 platform::RunningApplicationRef application(
     std::int32_t processIdentifier, std::optional<std::string> bundleIdentifier,
     std::optional<std::string> localizedName,
     platform::ActivationPolicy activationPolicy = platform::ActivationPolicy::regular);
 
-/// An element that has just these attributes, and notes which are asked for.
+/// An element that has just these attributes (text is a std::string), and notes which are asked for.
 struct FakeElement final : platform::UIElement {
-  std::map<std::string, platform::AttributeValue, std::less<>> attributes = {};
+  Map<platform::AttributeValue> attributes;
   mutable std::vector<std::string> asked = {};
 
+  explicit FakeElement(Map<platform::AttributeValue> values) : attributes(std::move(values)) {}
   std::optional<platform::AttributeValue> copyAttributeValue(std::string_view name) const override;
 };
 using FakeElementRef = std::shared_ptr<FakeElement>;
 
-/// An element with these attributes; text is given as a std::string.
-FakeElementRef element(std::map<std::string, platform::AttributeValue, std::less<>> attributes);
+FakeElementRef element(Map<platform::AttributeValue> attributes);
 
 /// A picture without pixels. Encoded, it is the text "png 800x500", "jpeg 800x500 0.70" or, without a quality, "jpeg
-/// 800x500 -".
-platform::ImageRef image(platform::PixelSize size, bool canEncode = true);
-
-/// How completion handlers are called.
-enum class Delivery : std::uint8_t { atOnce, fromAnotherThread, twice, never, byThrowing };
-
-/// How often the platform was asked.
-struct Calls {
-  int isProcessTrusted = 0, preflight = 0, shareableContent = 0, captureImage = 0, applicationQueries = 0, prefetch = 0;
-  bool operator==(const Calls&) const = default;
-};
+/// 800x500 -"; one with a side below 0 cannot be encoded.
+platform::ImageRef image(platform::PixelSize size);
 
 /// Everything that a platform over it answers from, and everything that the program did to it. As constructed: nobody's
 /// desktop, with every permission given.
 struct FakeDesktop {
-  std::map<std::string, std::string, std::less<>> environment = {};
-  std::map<std::string, std::optional<std::string>, std::less<>> files = {};  ///< nothing where reading fails
-  std::map<std::string, std::string, std::less<>> resources = {};             ///< paths by "name.type"
+  Map<std::string> environment = {};
+  Map<std::optional<std::string>> files = {};  ///< nothing where reading fails
+  Map<std::string> resources = {};             ///< paths by "name.type"
   std::optional<std::chrono::system_clock::time_point> date = std::chrono::system_clock::time_point();  ///< else throws
 
   std::string input = {};
-  std::vector<std::string> outputWrites = {};
+  std::string output = {};
   std::string error = {};
 
   std::vector<platform::RunningApplicationRef> applications = {};
@@ -63,13 +58,12 @@ struct FakeDesktop {
 
   bool mayRecordScreen = true;
   std::optional<platform::ShareableContent> content = platform::ShareableContent{};  ///< nothing: an error
-  platform::ImageRef image = {};  ///< null: an error; without size: delivered at the size asked for
-  Delivery delivery = Delivery::atOnce;
+  std::optional<platform::PixelSize> imageSize = platform::PixelSize{};  ///< nothing: an error; 0x0: as asked for
+  /// Calls the completion handlers.
+  std::function<void(std::function<void()>)> deliver = [](const auto& handle) { handle(); };
 
-  Calls calls = {};
+  Map<int> calls = {};                                 ///< how often the platform was asked
   std::optional<platform::ContentFilter> filter = {};  ///< of the last screenshot
-
-  std::string output() const;
 };
 
 /// A platform over `desktop`, which outlives it.

@@ -30,10 +30,10 @@ std::vector<std::string> characters(std::string_view text) {
   return result;
 }
 
-/// The characters that a line lists: "÷ 0020 × 0308 ÷ 0020 ÷ # two" or "1F468 200D 1F680 ; fully-qualified # one".
+/// The characters that a line lists: "÷ 0020 × 0308 ÷ 0020 ÷ # two".
 std::vector<std::string> listedCharacters(const std::string& line) {
   std::vector<std::string> result(1);
-  std::istringstream words(line.substr(0, line.find_first_of(";#")));
+  std::istringstream words(line.substr(0, line.find('#')));
   for (std::string word; words >> word;) {
     if (word == "÷") result.emplace_back();
     if (word != "÷" && word != "×") result.back() += encoded(word);
@@ -43,27 +43,23 @@ std::vector<std::string> listedCharacters(const std::string& line) {
 }
 
 TEST(GraphemeClusters, FollowEveryCaseOfTheUnicodeStandard) {
-  for (const auto& [name, leastCases] :
-       {std::pair{"auxiliary/GraphemeBreakTest.txt", 602}, {"emoji/emoji-test.txt", 4733}}) {
-    std::ifstream file(std::string("/usr/share/unicode/") + name);  // of Debian's package unicode-data
-    int cases = 0;
-    for (std::string line; std::getline(file, line);) {
-      const auto expected = listedCharacters(line);
-      if (expected.empty()) continue;
-      const auto text = std::accumulate(expected.begin(), expected.end(), std::string());
-      EXPECT_EQ(characters(text), expected) << line;
-      EXPECT_EQ(lastCharacter(text), expected.back()) << line;
-      EXPECT_EQ(characterCount(text), static_cast<std::int64_t>(expected.size())) << line;
-      ++cases;
-    }
-    EXPECT_GE(cases, leastCases) << name;
+  std::ifstream file("/usr/share/unicode/auxiliary/GraphemeBreakTest.txt");  // of Debian's package unicode-data
+  int cases = 0;
+  for (std::string line; std::getline(file, line);) {
+    const auto expected = listedCharacters(line);
+    if (expected.empty()) continue;
+    const auto text = std::accumulate(expected.begin(), expected.end(), std::string());
+    EXPECT_EQ(characters(text), expected) << line;
+    EXPECT_EQ(lastCharacter(text), expected.back()) << line;
+    EXPECT_EQ(characterCount(text), static_cast<std::int64_t>(expected.size())) << line;
+    ++cases;
   }
+  EXPECT_GE(cases, 602);
 }
 
 TEST(GraphemeClusters, StandOnTheirOwnWhereTextIsNotUTF8) {
   EXPECT_EQ(characters("a\xFF\xCC\x81\xF0\x9F"), (std::vector<std::string>{"a", "\xFF", "\xCC\x81", "\xF0", "\x9F"}));
   EXPECT_EQ(lastCharacter("e\xCC"), "\xCC");
-  EXPECT_EQ(firstCharacter(""), "");
   EXPECT_EQ(lastCharacter(""), "");
 }
 
@@ -71,14 +67,10 @@ TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
   using Case = std::tuple<std::string, std::string, std::string>;
   const std::string r = "\xEF\xBF\xBD";
   for (const auto& [reason, bytes, valid] : {
-           Case{"ASCII, over several words", "plain text over several words\n", "plain text over several words\n"},
            Case{"all lengths", "\u00e9\u20ac\U0001F600", "\u00e9\u20ac\U0001F600"},
            Case{"NUL is a character", std::string("a\0b", 3), std::string("a\0b", 3)},
            Case{"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
-           Case{"Latin-1, in the midst of a word", "caf\xE9 au lait", "caf" + r + " au lait"},
-           Case{"overlong slash", "\xC0\xAF", r + r},
            Case{"surrogate", "\xED\xA0\x80", r + r + r},
-           Case{"beyond U+10FFFF", "\xF4\x90\x80\x80", r + r + r + r},
            Case{"cut at the end", "ok\xE2\x82", "ok" + r + r},
        }) {
     EXPECT_EQ(toValidUTF8(bytes), valid) << reason;
@@ -106,17 +98,13 @@ TEST(Trimming, TakesTheCharactersOfItsSetFromBothEndsOnly) {
 TEST(CaselessEqual, FoldsCaseUnderCanonicalEquivalence) {
   using Case = std::tuple<std::string, std::string, std::string, bool>;
   for (const auto& [reason, left, right, equal] : {
-           Case{"no prefix", "Saf", "Safari", false},
            Case{"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
            Case{"no diacritic folding", "Cafe", "Caf\u00e9", false},
            Case{"folds that change the length", "Stra\u00dfe", "STRASSE", true},
-           Case{"Greek final sigma", "\u03a3\u039f\u03a6\u039f\u03a3", "\u03c3\u03bf\u03c6\u03bf\u03c2", true},
            Case{"marks in another order", "a\u0327\u0301", "A\u0301\u0327", true},
            Case{"marks of one class keep their order", "a\u0301\u0300", "a\u0300\u0301", false},
            Case{"ypogegrammeni, which folds to a letter", "\u1fb3\u0301", "\u0391\u0301\u0345", true},
-           Case{"Kelvin sign", "\u212a", "k", true},
            Case{"no compatibility folding", "\u2460", "1", false},
-           Case{"Hangul syllable and its letters", "\uac01", "\u1100\u1161\u11a8", true},
            Case{"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
        }) {
     EXPECT_EQ(caselessEqual(left, right), equal) << reason;

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
@@ -37,67 +36,39 @@ void listenBeside(int descriptor) {
   ::pause();
 }
 
-/// A process that does one thing, at the other end of a socket.
-class Child {
- public:
-  explicit Child(void (*behaviour)(int)) {
-    int ends[2] = {};
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return;
-    processID_ = ::fork();
-    if (processID_ == 0) {
-      ::close(ends[0]);
-      behaviour(ends[1]);
-      ::_exit(0);
-    }
-    ::close(ends[1]);
-    socket_ = ends[0];
+/// Has read everything, and is stopped.
+void stop(int descriptor) {
+  char byte = 0;
+  if (::read(descriptor, &byte, 1) == 1) ::raise(SIGSTOP);
+}
+
+/// Whether a process that does this, with a message waiting for it, is idle before long; it needs some time to begin,
+/// and to read.
+bool becomesIdle(void (*behaviour)(int), std::chrono::milliseconds patience) {
+  int ends[2] = {};
+  EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  EXPECT_EQ(::write(ends[0], "x", 1), 1);
+  const auto child = ::fork();
+  if (child == 0) {
+    ::close(ends[0]);
+    behaviour(ends[1]);
+    ::_exit(0);
   }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-  ~Child() {
-    ::kill(processID_, SIGKILL);
-    ::waitpid(processID_, nullptr, 0);
-    ::close(socket_);
-  }
-
-  pid_t processID() const { return processID_; }
-  void send() const { EXPECT_EQ(::write(socket_, "x", 1), 1); }
-
- private:
-  pid_t processID_ = 0;
-  int socket_ = -1;
-};
-
-/// Whether it is idle before long; it needs some time to begin, and to read.
-bool becomesIdle(const Child& child, std::chrono::milliseconds patience) {
   const auto end = std::chrono::steady_clock::now() + patience;
-  while (std::chrono::steady_clock::now() < end) {
-    if (isIdle(child.processID())) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return false;
+  while (!isIdle(child) && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(5ms);
+  const bool idle = isIdle(child);
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  for (const int descriptor : ends) ::close(descriptor);
+  return idle;
 }
 
 TEST(ProcessActivity, OnlyAProcessThatHasReadEverythingIsIdle) {
-  struct Row {
-    const char* reason;
-    void (*behaviour)(int);
-    bool isIdle;
-  };
-  constexpr Row rows[] = {{"it has read everything", listen, true},
-                          {"it waits for something else", ignore, false},
-                          {"it is busy", compute, false},
-                          {"the thread that listens tells nothing of the other one", listenBeside, false}};
-  for (const auto& [reason, behaviour, isIdle] : rows) {
-    const Child child(behaviour);
-    child.send();
-    EXPECT_EQ(becomesIdle(child, isIdle ? 10s : 200ms), isIdle) << reason;
-  }
-  const Child stopped(listen);
-  EXPECT_TRUE(becomesIdle(stopped, 10s));
-  ::kill(stopped.processID(), SIGSTOP);
-  ::waitpid(stopped.processID(), nullptr, WUNTRACED);
-  EXPECT_FALSE(isIdle(stopped.processID()));
+  EXPECT_TRUE(becomesIdle(listen, 10s)) << "it has read everything";
+  EXPECT_FALSE(becomesIdle(ignore, 200ms)) << "it waits for something else";
+  EXPECT_FALSE(becomesIdle(compute, 200ms)) << "it is busy";
+  EXPECT_FALSE(becomesIdle(listenBeside, 200ms)) << "the thread that listens tells nothing of the other one";
+  EXPECT_FALSE(becomesIdle(stop, 200ms)) << "it cannot go on";
   EXPECT_FALSE(isIdle(0)) << "an unknown process";
 }
 

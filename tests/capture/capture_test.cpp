@@ -1,16 +1,46 @@
-#include "capture/select_surface.h"
-
 #include <limits>
+#include <span>
 #include <sstream>
 #include <string>
 #include <tuple>
 
 #include <gtest/gtest.h>
 
+#include "capture/base64.h"
+#include "capture/encode_image_data_url.h"
+#include "capture/scaled_size.h"
+#include "capture/select_surface.h"
 #include "fake/fake_platform.h"
 
 namespace tavik {
 namespace {
+
+TEST(Base64, FollowsTheStandardsVectors) {  // RFC 4648, section 10
+  for (const auto& [text, expected] :
+       {std::pair{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}, {"\xFB\xFF\xBF", "+/+/"}}) {
+    std::string result = "before ";
+    appendBase64(std::as_bytes(std::span(std::string_view(text))), result);
+    EXPECT_EQ(result, std::string("before ") + expected);
+  }
+}
+
+TEST(EncodeImageDataURL, ScalesAndChoosesContainerAndQuality) {
+  using Case = std::tuple<std::string, platform::PixelSize, std::int64_t, std::string, std::string>;
+  for (const auto& [reason, size, longEdgePx, format, file] : {
+           Case{"no limit", {5000, 3000}, 0, "png", "png 5000x3000"},
+           Case{"never enlarges", {10, 20}, 800, "png", "png 10x20"},
+           Case{"truncates the short side", {1512, 982}, 800, "png", "png 800x519"},
+           Case{"truncates the long side too, divided first", {1078, 700}, 800, "png", "png 799x519"},
+           Case{"upright", {700, 1078}, 800, "jpeg", "jpeg 519x799 0.70"},
+           Case{"too thin to be scaled", {801, 1}, 800, "png", "png 801x1"},
+           Case{"another case is JPEG without a quality", {4, 3}, 0, "PNG", "jpeg 4x3 -"},
+       }) {
+    auto url = "data:image/" + file.substr(0, file.find(' ')) + ";base64,";
+    appendBase64(std::as_bytes(std::span(file)), url);
+    EXPECT_EQ(encodeImageDataURL(fake::image(size), {longEdgePx, format, 0.7}), url) << reason;
+  }
+  EXPECT_EQ(scaledSize({5000, 3000}, -1), (platform::PixelSize{5000, 3000})) << "no limit either";
+}
 
 using platform::Rect;
 using platform::Window;
@@ -24,7 +54,7 @@ Window window(std::uint32_t id, std::int32_t pid, Rect frame, bool isOnScreen = 
   return {id, platform::OwningApplication{pid}, isOnScreen, layer, frame};
 }
 
-/// The chosen surface in a few words: "window 3 1000x600", "display 300x200 at 10,20 300x200", or the error's number.
+/// The chosen surface in a few words: "window 3 1000x600", "300x200 at 10,20 300x200", or the error's number.
 std::string chosen(const SurfaceRequest& request, const std::vector<Window>& windows,
                    const platform::RunningApplicationRef& frontmost = {}) {
   fake::FakeDesktop desktop{.frontmost = frontmost};
@@ -36,9 +66,9 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
   EXPECT_FALSE(configuration.showsCursor);
   EXPECT_EQ(configuration.queueDepth, 1);
   EXPECT_EQ(filter.display.displayID, 1U);
-  const auto surface = filter.includedWindow ? "window " + std::to_string(filter.includedWindow->windowID) : "display";
   std::ostringstream text;
-  text << surface << " " << configuration.width << "x" << configuration.height;
+  if (const auto& one = filter.includedWindow) text << "window " << one->windowID << " ";
+  text << configuration.width << "x" << configuration.height;
   if (const auto& part = configuration.sourceRect)
     text << " at " << part->x << "," << part->y << " " << part->width << "x" << part->height;
   return text.str();
@@ -52,7 +82,6 @@ TEST(SelectSurface, ChoosesTheApplicationsWindow) {
   const Window above = window(1, kApp, huge, true, 25), below = window(3, kApp, huge, true, -1);
   const Window minimized = window(1, kApp, huge, false), least = window(2, kApp, small);
   for (const auto& [reason, windows, expected] : {
-           Case{"none listed", {}, "error 2"},
            Case{"none of this process", {other, nobodys}, "error 2"},
            Case{"the size truncates", {other, window(2, kApp, large)}, "window 2 1000x600"},
            Case{"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
@@ -68,20 +97,16 @@ TEST(SelectSurface, ChoosesTheApplicationsWindow) {
   EXPECT_EQ(chosen({.target = Target::app}, {window(1, kApp, large)}), "error 2") << "no application";
 }
 
-TEST(SelectSurface, ChoosesTheFrontmostWindowOrTheDisplay) {
+TEST(SelectSurface, ChoosesTheFrontmostWindowOrADisplayAsItIs) {
   const auto& front = kTargetApp.app;
   const Window other = window(1, kOther, {0, 0, 900, 900}), hidden = window(2, kApp, {0, 0, 500, 500}, false);
   const Window tiny = window(3, kApp, {0, 0, 40, 40}, true, 101), large = window(4, kApp, {0, 0, 900, 900});
   EXPECT_EQ(chosen({.target = Target::focused_element}, {other, hidden, tiny, large}, front), "window 3 40x40");
-  EXPECT_EQ(chosen({.target = Target::focused_element}, {other, hidden}, front), "display 1920x1080");
-  EXPECT_EQ(chosen({.target = Target::focused_element}, {large}), "display 1920x1080") << "nobody in front";
-  EXPECT_EQ(chosen({.target = Target::screen, .targetApp = kTargetApp}, {large}, front), "display 1920x1080");
-}
-
-TEST(SelectSurface, TakesARegionAsItIs) {
+  EXPECT_EQ(chosen({.target = Target::focused_element}, {other, hidden}, front), "1920x1080");
+  EXPECT_EQ(chosen({.target = Target::focused_element}, {large}), "1920x1080") << "nobody in front";
+  EXPECT_EQ(chosen({.target = Target::screen, .targetApp = kTargetApp}, {large}, front), "1920x1080");
   const SurfaceRequest request{.target = Target::region, .region = Region{.x = -10, .y = 20, .w = 300, .h = 0}};
-  EXPECT_EQ(chosen(request, {}), "display 300x0 at -10,20 300x0");
-  EXPECT_EQ(chosen({.target = Target::region}, {}), "error 0") << "no region";
+  EXPECT_EQ(chosen(request, {}), "300x0 at -10,20 300x0");
 }
 
 }  // namespace

@@ -1,0 +1,133 @@
+#include <array>
+#include <limits>
+#include <string>
+#include <tuple>
+
+#include <boost/json/parse.hpp>
+#include <gtest/gtest.h>
+
+#include "accessibility/capture_ax_tree.h"
+#include "accessibility/walk_ax_element.h"
+#include "fake/fake_platform.h"
+
+namespace tavik {
+namespace {
+
+using fake::element;
+using platform::AttributeValue;
+using platform::OtherValue;
+using platform::Point;
+using platform::Size;
+using platform::UIElementRef;
+using namespace std::string_literals;
+
+namespace json = boost::json;
+
+const SensitiveAppsConfig kPolicy{.axRoleTextBlocklist = {"AXCheckBox"}};
+
+/// An element with so many times the same child.
+fake::FakeElementRef parent(std::size_t count, const UIElementRef& child) {
+  return element({{"AXChildren", std::vector(count, child)}});
+}
+
+/// An element with all five texts, or what stands in their place.
+fake::FakeElementRef texts(const std::array<AttributeValue, 5>& v) {
+  return element({{"AXRole", v[0]}, {"AXTitle", v[1]}, {"AXValue", v[2]}, {"AXHelp", v[3]}, {"AXDescription", v[4]}});
+}
+
+using Value = const AttributeValue&;
+
+auto valued(Value role, Value value) { return element({{"AXRole", role}, {"AXValue", value}}); }
+
+auto framed(Value position, Value size) { return element({{"AXPosition", position}, {"AXSize", size}}); }
+
+TEST(WalkAXElement, ReportsCountsAndRedacts) {
+  using Case = std::tuple<std::string, fake::FakeElementRef, std::string, std::int64_t, bool>;
+  constexpr double infinite = std::numeric_limits<double>::infinity();
+  const auto flag = "\U0001F1E9\U0001F1EA"s, accented = "e\u0301"s;
+  const auto all =
+      R"({"role":"AXButton","title":"e\u0301","value":"\ud83c\udde9\ud83c\uddea","help":"h","description":""})";
+  const auto empty = R"({"role":"AXCheckBox","value":"<redacted>"})";
+  const auto secret = R"({"role":"AXCheckBox","title":"abc","value":"<redacted>","help":"h","description":"de"})";
+  for (const auto& [reason, root, node, textChars, redacted] : {
+           Case{"perceived characters count", texts({"AXButton"s, accented, flag, "h"s, ""s}), all, 2, false},
+           Case{"other types: no key", texts({1.0, true, OtherValue{}, element({}), Point{}}), "{}", 0, false},
+           Case{"a secret is withheld", texts({"AXCheckBox"s, "abc"s, "hunter2"s, "h"s, "de"s}), secret, 5, true},
+           Case{"an empty one too", valued("AXCheckBox"s, ""s), empty, 0, true},
+           Case{"a number is none", valued("AXCheckBox"s, 1.0), R"({"role":"AXCheckBox"})", 0, false},
+           Case{"another case", valued("axcheckbox"s, "v"s), R"({"role":"axcheckbox","value":"v"})", 1, false},
+           Case{"no role", element({{"AXValue", "v"s}}), R"({"value":"v"})", 1, false},
+           Case{"truncates to zero", framed(Point{12.9, -3.5}, Size{-0.7, 1e6}), R"({"frame":[12,-3,0,1000000]})", 0,
+                false},
+           Case{"another type leaves zeros", framed(Size{1, 2}, "3"s), R"({"frame":[0,0,0,0]})", 0, false},
+           Case{"no size", element({{"AXPosition", Point{1, 2}}}), "{}", 0, false},
+           Case{"no integer form", framed(Point{1, infinite}, Size{1, 1}), "{}", 0, false},
+           Case{"beyond 64 bits", framed(Point{1, 2}, Size{0x1p63, 1}), "{}", 0, false},
+           Case{"no children in an empty list", parent(0, nullptr), "{}", 0, false},
+           Case{"none in a value of another type", element({{"AXChildren", element({})}}), "{}", 0, false},
+       }) {
+    AXCounters counters;
+    EXPECT_EQ(walkAXElement(*root, {.depth = 0, .maxDepth = 8}, counters, kPolicy), json::parse(node)) << reason;
+    EXPECT_EQ(counters.nodeCount, 1) << reason;
+    EXPECT_EQ(counters.textChars, textChars) << reason;
+    EXPECT_EQ(counters.redactionApplied, redacted) << reason;
+  }
+}
+
+TEST(WalkAXElement, ReadsDepthFirstNothingTwiceAndFiftyChildren) {
+  const auto leaf = element({{"AXTitle", "x"s}}), first = parent(2, leaf);
+  const auto wide = element({{"AXChildren", std::vector<UIElementRef>(120, first)}});
+  AXCounters counters{.redactionApplied = true};
+  const auto node = walkAXElement(*wide, {.depth = 7, .maxDepth = 9}, counters, SensitiveAppsConfig::empty);
+  const auto expected = json::parse(R"({"children":[{"title":"x"},{"title":"x"}]})");
+  EXPECT_EQ(node.at("children"), json::array(50, expected));
+  EXPECT_EQ(counters.nodeCount, 1 + 50 * 3);
+  EXPECT_EQ(counters.textChars, 50 * 2);
+  EXPECT_TRUE(counters.redactionApplied) << "what was withheld before stays so";
+  EXPECT_EQ(wide->asked, (std::vector<std::string>{"AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription",
+                                                   "AXPosition", "AXChildren"}));
+  EXPECT_EQ(leaf->asked.size(), 100U * 6) << "no children are asked for at the last level";
+}
+
+TEST(CaptureAXTree, WalksTheRootThatFitsTheTarget) {
+  const auto titled = [](const std::string& title) -> UIElementRef { return element({{"AXTitle", title}}); };
+  const std::vector windows = {titled("first"), titled("second")}, none(0, titled(""));
+  UIElementRef chain = titled("the thirteenth");
+  for (int i = 0; i < 12; ++i) chain = parent(1, chain);
+  fake::FakeDesktop desktop;
+  desktop.applicationElements = {
+      {1, element({{"AXTitle", "app 1"s}, {"AXMainWindow", titled("main")}, {"AXWindows", windows}})},
+      {2, element({{"AXTitle", "app 2"s}, {"AXWindows", windows}, {"AXFocusedUIElement", titled("focus 2")}})},
+      {3, element({{"AXTitle", "app 3"s}, {"AXMainWindow", "?"s}, {"AXWindows", none}})},
+      {4, element({{"AXTitle", "app 4"s}, {"AXChildren", std::vector{chain}}})}};
+  const auto app = [](int pid) {
+    return pid != 0 ? std::optional(ResolvedTargetApp{fake::application(pid, "a", "A")}) : std::nullopt;
+  };
+  const auto platform = fake::makePlatform(desktop);
+  using Case = std::tuple<std::string, Target, int, int, std::string, int>;
+  for (const auto& [reason, target, targetPid, frontmostPid, rootTitle, nodes] : {
+           Case{"the main window", Target::app, 1, 2, "main", 1},
+           Case{"else the first window", Target::app, 2, 1, "first", 1},
+           Case{"else the application", Target::app, 3, 1, "app 3", 1},
+           Case{"to the eighth level below it", Target::app, 4, 1, "app 4", 9},
+           Case{"no application", Target::app, 0, 1, "", 0},
+           Case{"the frontmost application's focus, not the target's", Target::focused_element, 1, 2, "focus 2", 1},
+           Case{"else the frontmost application", Target::focused_element, 1, 3, "app 3", 1},
+           Case{"nobody in front", Target::focused_element, 1, 0, "", 0},
+           Case{"a screen alone has no application", Target::screen, 0, 1, "", 0},
+           Case{"with one it is walked whole", Target::region, 1, 2, "app 1", 1},
+       }) {
+    desktop.frontmost = frontmostPid != 0 ? app(frontmostPid)->app : nullptr;
+    for (const bool isTrusted : {true, false}) {
+      desktop.isTrusted = isTrusted;
+      const auto summary = captureAXTree(target, app(targetPid), {}, *platform.accessibility, *platform.workspace);
+      const auto title = summary.tree ? summary.tree->at("title") : json::value("");
+      EXPECT_EQ(title, json::value(isTrusted ? rootTitle : "")) << reason;
+      EXPECT_EQ(summary.nodeCount, isTrusted ? nodes : 0) << reason;
+    }
+  }
+  EXPECT_EQ(desktop.calls["prefetch"], 7);
+}
+
+}  // namespace
+}  // namespace tavik

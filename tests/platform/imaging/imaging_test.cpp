@@ -1,0 +1,291 @@
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <new>
+#include <numbers>
+#include <tuple>
+
+#include <gtest/gtest.h>
+#include <png.h>
+#include <turbojpeg.h>
+
+#include "platform/imaging/bitmap_row.h"
+#include "platform/imaging/scaling.h"
+
+namespace {
+
+constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
+/// The largest block that `new` hands out.
+std::size_t largestBlock = kUnlimited;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* block = size > largestBlock ? nullptr : std::malloc(size);
+  return block ? block : throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+namespace tavik::platform::imaging {
+namespace {
+
+/// The bytes of one pixel.
+using BGRA = std::array<std::uint8_t, 4>;
+using Painter = std::function<BGRA(int x, int y)>;
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bitmap bitmapOf(PixelSize size, AlphaMode alpha, Bytes bytes) {
+  const std::size_t rowBytes = bytes.size() / static_cast<std::size_t>(size.height);
+  const auto shared = std::make_shared<const Bytes>(std::move(bytes));
+  return {size, rowBytes, alpha, {shared, shared->data()}};
+}
+
+/// Some colour and alpha, always the same for one place, unlike its neighbours'.
+BGRA noise(int x, int y) {
+  std::uint32_t bits = (static_cast<std::uint32_t>(x) * 0x9E3779B1U) ^ (static_cast<std::uint32_t>(y) * 0x85EBCA77U);
+  bits = (bits ^ (bits >> 15U)) * 0xC2B2AE3DU;
+  return std::bit_cast<BGRA>((bits ^ (bits >> 13U)) * 0x27D4EB2FU);
+}
+
+/// Lines of small coloured glyphs on white, with alpha 0.
+BGRA textLike(int x, int y) {
+  const bool ink = y % 14 < 9 && x % 8 < 6 && noise(x / 2, y / 3)[0] > 128;
+  return ink ? BGRA{0xC0, 0x20, noise(x / 80, y / 14)[0], 0} : BGRA{0xFF, 0xFF, 0xFF, 0};
+}
+
+/// What `paint` gives, in rows with some bytes of something else behind them.
+Bitmap painted(PixelSize size, AlphaMode alpha, const Painter& paint) {
+  Bytes bytes;
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) std::ranges::copy(paint(x, y), std::back_inserter(bytes));
+    bytes.insert(bytes.end(), 12, 0xA5);
+  }
+  return bitmapOf(size, alpha, std::move(bytes));
+}
+
+BGRA pixelOf(const Bitmap& bitmap, int x, int y) {
+  return std::bit_cast<BGRA>(readPixel(rowOf(bitmap, static_cast<std::size_t>(y)), static_cast<std::size_t>(x)));
+}
+
+/// The greatest difference of any component of any pixel from what `expected` gives.
+int worstDifference(const Bitmap& bitmap, const Painter& expected) {
+  int worst = 0;
+  for (int y = 0; y < bitmap.size.height; ++y)
+    for (int x = 0; x < bitmap.size.width; ++x) {
+      const BGRA pixel = pixelOf(bitmap, x, y), wanted = expected(x, y);
+      for (std::size_t i = 0; i < 4; ++i) worst = std::max(worst, std::abs(pixel[i] - wanted[i]));
+    }
+  return worst;
+}
+
+/// A file as straight, not premultiplied, pixels. The alpha mode says whether the file has alpha; 255 where it has
+/// none.
+std::optional<Bitmap> decodedPNG(const std::vector<std::byte>& file) {
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  if (!png_image_begin_read_from_memory(&image, file.data(), file.size())) return std::nullopt;
+  const bool hasAlpha = (image.format & PNG_FORMAT_FLAG_ALPHA) != 0;
+  image.format = PNG_FORMAT_BGRA;
+  Bytes bytes(PNG_IMAGE_SIZE(image));
+  if (!png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr)) return std::nullopt;
+  return bitmapOf({image.width, image.height}, hasAlpha ? AlphaMode::premultiplied : AlphaMode::opaque,
+                  std::move(bytes));
+}
+
+std::optional<Bitmap> decodedJPEG(const std::vector<std::byte>& file) {
+  const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
+  const auto* source = reinterpret_cast<const unsigned char*>(file.data());
+  int width = 0, height = 0, subsampling = 0, space = 0;
+  if (tjDecompressHeader3(decoder.get(), source, file.size(), &width, &height, &subsampling, &space) != 0)
+    return std::nullopt;
+  Bytes bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * sizeof(BGRA));
+  if (tjDecompress2(decoder.get(), source, file.size(), bytes.data(), width, 0, height, TJPF_BGRA, 0) != 0)
+    return std::nullopt;
+  return bitmapOf({width, height}, AlphaMode::opaque, std::move(bytes));
+}
+
+constexpr std::int64_t kHuge = std::numeric_limits<std::int64_t>::max(), kLowest = -kHuge - 1;
+
+TEST(BitmapImage, IsNotMadeOfPixelsThatAreNotThere) {
+  const Bitmap sound = painted({8, 4}, AlphaMode::opaque, noise);
+  EXPECT_FALSE(makeImage({{8, 4}, 32, AlphaMode::opaque, nullptr})) << "no pixels";
+  using Case = std::tuple<std::string, PixelSize, std::size_t>;
+  for (const auto& [reason, size, rowBytes] : {
+           Case{"no width", {0, 4}, 32},
+           Case{"negative height", {8, kLowest}, 32},
+           Case{"too wide", {65536, 1}, std::size_t{4} * 65536},
+           Case{"the width's bytes overflow", {kHuge, 1}, 32},
+           Case{"rows cannot hold the width", {8, 4}, 31},
+           Case{"rows times height overflow", {8, 4}, kUnlimited / 3},
+       })
+    EXPECT_FALSE(makeImage({size, rowBytes, AlphaMode::opaque, sound.pixels})) << reason;
+}
+
+TEST(BitmapImage, IsRedrawnAtEverySizeThatABitmapCanHave) {
+  const ImageRef image = makeImage(painted({8, 4}, AlphaMode::opaque, noise));
+  for (const PixelSize size : {PixelSize{5, 3}, {65535, 1}}) EXPECT_EQ(image->resized(size)->size(), size);
+  for (const PixelSize size : {PixelSize{5, 0}, {-5, 3}, {kLowest, kLowest}, {1, 65536}, {kHuge, kHuge}})
+    EXPECT_FALSE(image->resized(size)) << size.width << " x " << size.height;
+  EXPECT_FALSE(image->resized({65535, 65535})) << "valid sides, but 16 GiB";
+}
+
+TEST(BitmapImage, GivesNothingWhenMemoryRunsOut) {
+  const ImageRef image = makeImage(painted({200, 200}, AlphaMode::premultiplied, noise));
+  const auto answers = [&](std::size_t limit) {
+    largestBlock = limit;
+    const std::array done{image->resized({190, 190}) != nullptr, image->encoded(ImageType::png, {}).has_value(),
+                          image->encoded(ImageType::jpeg, 1.0).has_value()};
+    largestBlock = kUnlimited;
+    return done;
+  };
+  EXPECT_EQ(answers(kUnlimited), (std::array{true, true, true}));
+  EXPECT_EQ(answers(16384), (std::array{false, false, false}));
+  EXPECT_EQ(answers(512), (std::array{false, false, false})) << "not even a row";
+}
+
+std::vector<std::byte> encoded(const Bitmap& bitmap, ImageType type, std::optional<double> quality = {}) {
+  return makeImage(bitmap)->encoded(type, quality).value_or(std::vector<std::byte>{});
+}
+
+BGRA withAlpha(BGRA pixel, std::uint8_t alpha) { return {pixel[0], pixel[1], pixel[2], alpha}; }
+
+BGRA opaqueNoise(int x, int y) { return withAlpha(noise(x, y), 255); }
+
+std::uint8_t byte(double value) { return static_cast<std::uint8_t>(std::min(255.0, std::round(value))); }
+
+BGRA anyColourAtAnyAlpha(int x, int y) { return {byte(x), byte(255 - x), 0, byte(y)}; }
+
+BGRA straightened(int x, int y) {
+  const auto divided = [y](int colour) { return y == 0 ? std::uint8_t{0} : byte(255.0 * colour / y); };
+  return {divided(x), divided(255 - x), 0, byte(y)};
+}
+
+TEST(PNG, GivesEveryPixelBack) {
+  using Case = std::tuple<std::string, AlphaMode, Painter, Painter, AlphaMode>;
+  constexpr auto opaque = AlphaMode::opaque, premultiplied = AlphaMode::premultiplied;
+  for (const auto& [reason, mode, paint, expected, expectedMode] : {
+           Case{"padding of any value is no alpha", opaque, noise, opaqueNoise, opaque},
+           Case{"alpha that hides nothing is not stored", premultiplied, opaqueNoise, opaqueNoise, opaque},
+           Case{"colour is divided by its alpha", premultiplied, anyColourAtAnyAlpha, straightened, premultiplied},
+       }) {
+    const auto decoded = decodedPNG(encoded(painted({256, 256}, mode, paint), ImageType::png));
+    ASSERT_TRUE(decoded) << reason;
+    EXPECT_TRUE(decoded->size == (PixelSize{256, 256}) && decoded->alpha == expectedMode) << reason;
+    EXPECT_EQ(worstDifference(*decoded, expected), 0) << reason;
+  }
+}
+
+TEST(JPEG, ShowsThePictureOnBlackInFullColour) {
+  const Painter expected = [](int x, int y) { return withAlpha(textLike(x, y), 255); };
+  for (const AlphaMode mode : {AlphaMode::opaque, AlphaMode::premultiplied}) {
+    const auto decoded = decodedJPEG(encoded(painted({160, 70}, mode, textLike), ImageType::jpeg, 1));
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->size, (PixelSize{160, 70}));
+    EXPECT_LE(worstDifference(*decoded, expected), 6);
+  }
+}
+
+TEST(JPEG, GrowsWithQuality) {
+  const Bitmap bitmap = painted({160, 70}, AlphaMode::opaque, textLike);
+  const auto file = [&](std::optional<double> quality) { return encoded(bitmap, ImageType::jpeg, quality); };
+  std::size_t smaller = 1;
+  for (const double quality : {0.0, 0.3, 0.7, 0.85, 1.0}) {
+    EXPECT_GT(file(quality).size(), smaller) << quality;
+    smaller = file(quality).size();
+  }
+  EXPECT_EQ(file(-5), file(0));
+  EXPECT_EQ(file(std::numeric_limits<double>::quiet_NaN()), file(0));
+  EXPECT_EQ(file(std::numeric_limits<double>::infinity()), file(1));
+  EXPECT_EQ(file(std::nullopt), file(0.75));
+}
+
+TEST(JPEG, HasNoRoomForTheLongestPictures) {
+  const Bitmap bitmap = painted({65501, 1}, AlphaMode::opaque, noise);
+  EXPECT_TRUE(encoded(bitmap, ImageType::jpeg).empty());
+  EXPECT_TRUE(decodedPNG(encoded(bitmap, ImageType::png)));
+}
+
+double lanczos3(double x) {
+  if (x == 0) return 1;
+  if (std::abs(x) >= 3) return 0;
+  const double angle = std::numbers::pi * x;
+  return 3 * std::sin(angle) * std::sin(angle / 3) / (angle * angle);
+}
+
+/// The pixel with this index of a line that `paint` gives, at another length, by the definition: the filter widened
+/// when shrinking, the picture mirrored at its edges. Opaque, to the nearest byte.
+BGRA resampled(int index, const Painter& paint, std::int64_t count, std::int64_t length) {
+  const double step = static_cast<double>(count) / static_cast<double>(length), widening = std::max(step, 1.0);
+  const double centre = (index + 0.5) * step - 0.5;
+  std::array<double, 4> sums = {};
+  for (auto tap = std::lround(centre - 3 * widening) - 1; static_cast<double>(tap) <= centre + 3 * widening; ++tap) {
+    const double weight = lanczos3((static_cast<double>(tap) - centre) / widening);
+    const auto mirrored = tap < 0 ? -tap - 1 : tap >= count ? 2 * count - 1 - tap : tap;
+    const BGRA pixel = paint(static_cast<int>(std::clamp<std::int64_t>(mirrored, 0, count - 1)), 0);
+    for (const std::size_t i : {0U, 1U, 2U}) sums[i] += weight * pixel[i];
+    sums[3] += weight;
+  }
+  const auto byte = [&](double sum) { return static_cast<std::uint8_t>(std::clamp(sum / sums[3] + 0.5, 0.0, 255.0)); };
+  return {byte(sums[0]), byte(sums[1]), byte(sums[2]), 255};
+}
+
+TEST(Scaling, FollowsTheDefinitionOfTheFilter) {
+  struct Case {
+    std::string reason;
+    PixelSize from, to;
+    Painter paint;
+  };
+  for (const Case& c : {
+           Case{"noise, all frequencies", {128, 72}, {53, 30}, noise},
+           Case{"text", {160, 90}, {100, 56}, textLike},
+           Case{"another proportion: narrower and higher", {90, 20}, {31, 47}, textLike},
+           Case{"rows a multiple of 4096 bytes long", {1024, 6}, {640, 4}, noise},
+           Case{"the same size", {33, 17}, {33, 17}, noise},
+           Case{"one row", {200, 1}, {80, 1}, noise},
+           Case{"one column", {1, 200}, {1, 80}, noise},
+       }) {
+    const Painter columns = [&](int x, int) { return c.paint(x, 0); }, rows = [&](int, int y) { return c.paint(y, 0); };
+    const auto upright = scaled(painted(c.from, AlphaMode::opaque, columns), c.to).value();
+    const auto level = scaled(painted(c.from, AlphaMode::opaque, rows), c.to).value();
+    EXPECT_TRUE(upright.size == c.to && level.size == c.to) << c.reason;
+    const auto column = [&](int x, int) { return resampled(x, c.paint, c.from.width, c.to.width); };
+    const auto row = [&](int, int y) { return resampled(y, c.paint, c.from.height, c.to.height); };
+    EXPECT_LE(worstDifference(upright, column), 1) << c.reason << ", upright lines";
+    EXPECT_LE(worstDifference(level, row), 1) << c.reason << ", level lines";
+  }
+}
+
+TEST(Scaling, KeepsAPlainColourExactly) {
+  for (const PixelSize size : {PixelSize{1, 1}, {1, 400}, {400, 1}, {19, 31}}) {
+    for (const BGRA colour : {BGRA{0, 0, 0, 0}, BGRA{1, 2, 3, 77}, BGRA{254, 255, 128, 255}}) {
+      const Painter plain = [&](int, int) { return colour; };
+      const auto result = scaled(painted({61, 43}, AlphaMode::premultiplied, plain), size).value();
+      EXPECT_EQ(worstDifference(result, plain), 0) << size.width << " x " << size.height;
+    }
+  }
+}
+
+TEST(Scaling, NeverLiftsColourAboveItsAlpha) {
+  const Painter squares = [](int x, int y) -> BGRA {
+    const std::uint8_t alpha = x / 9 % 2 == 0 ? 200 : 20;
+    return {alpha, y / 7 % 2 == 0 ? alpha : std::uint8_t{0}, 0, alpha};
+  };
+  const auto result = scaled(painted({90, 70}, AlphaMode::premultiplied, squares), {37, 29}).value();
+  int overshoots = 0;
+  for (int i = 0; i < 37 * 29; ++i) {
+    const auto [blue, green, red, alpha] = pixelOf(result, i % 37, i / 37);
+    EXPECT_LE(std::max({blue, green, red}), alpha) << i;
+    overshoots += alpha > 200;
+  }
+  EXPECT_GT(overshoots, 0) << "the pattern tests nothing";
+}
+
+}  // namespace
+}  // namespace tavik::platform::imaging

@@ -1,0 +1,111 @@
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <tuple>
+
+#include <gtest/gtest.h>
+
+#include "fake/fake_platform.h"
+#include "policy/fnmatch_simple.h"
+#include "policy/load_sensitive_apps_config.h"
+#include "policy/parse_sensitive_apps_yaml.h"
+
+namespace tavik {
+namespace {
+
+TEST(FnmatchSimple, CoversTheWholeCandidate) {
+  using Case = std::tuple<std::string, std::string, bool, std::string>;
+  for (const auto& [pattern, candidate, matches, reason] : {
+           Case{"com.apple.Safari", "com.apple.safari", false, "case"},
+           Case{"com.apple.Safari", "com.apple.Safari.beta", false, "whole candidate"},
+           Case{"com.apple.*", "com.apple.", true, "the star matches nothing"},
+           Case{"com.apple.*", "com.applexSafari", false, "the dot is literal"},
+           Case{"*ab*b?a**", "xabcbxbca", true, "the last star gives way, not the first"},
+           Case{"a*ab", "aab-ab-b", false, "and end where the candidate does"},
+           Case{"*b?", "ab", false, "a question mark wants something"},
+           Case{"a\\*", "a\\bc", true, "a backslash escapes nothing"},
+           Case{"?", "\u00e9", true, "one code point of two bytes"},
+           Case{"?", "e\u0301", false, "two code points that look like one character"},
+           Case{"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
+           Case{"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
+           Case{"a*\u0301", "a*\u0301", true, "indeed itself"},
+           Case{"?\u0301", "e\u0301", false, "and so is a question mark"},
+       })
+    EXPECT_EQ(fnmatchSimple({.pattern = pattern, .candidate = candidate}), matches)
+        << pattern << " against " << candidate << " " << reason;
+}
+
+TEST(FnmatchSimple, TakesNoExponentialTime) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(fnmatchSimple({.pattern = "*a*a*a*a*b", .candidate = std::string(100'000, 'a')}));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
+  using Case = std::tuple<std::string, std::string, std::vector<std::string>>;
+  const std::string apps = "bundle_id_blocklist:\n";
+  for (const auto& [reason, text, bundleIds] : {
+           Case{"CR LF ends no line", apps + "- a\r\n- b\n", {"a\r\n- b"}},
+           Case{"a lone CR neither, and is not trimmed", apps + "- a\rb\n- c\r", {"a\rb", "c\r"}},
+           Case{"indentation means nothing", "  bundle_id_blocklist \u00a0: \n\t-   a \u3000\n", {"a"}},
+           Case{"another case closes the section", apps + "- a\nBundle_Id_Blocklist:\n- b\n", {"a"}},
+           Case{"an unknown header closes it", apps + "- a\nother:\n- b\n", {"a"}},
+           Case{"an unknown key with a value does not", apps + "- a\nother: x\n- b\n", {"a", "b"}},
+           Case{"an item with a colon at its end is a header", apps + "- a:\n- b\n", {}},
+           Case{"a comment with one is a comment", apps + "# x:\n- b\n", {"b"}},
+           Case{"a hyphen wants a blank", apps + "-a\n-\tb\n-\n- \n- c\n", {"c"}},
+           Case{"a trailing comment is text", apps + "- a # b\n", {"a # b"}},
+           Case{"one pair of quotes goes", apps + "- \" a \"\n- ''\n- \"'b'\"\n", {" a ", "'b'"}},
+           Case{"what is no pair stays", apps + "- \"\n- \"a'\n", {"\"", "\"a'"}},
+           Case{"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
+           Case{"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
+           Case{"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
+       })
+    EXPECT_EQ(parseSensitiveAppsYAML(text), SensitiveAppsConfig{.bundleIdBlocklist = bundleIds}) << reason;
+  EXPECT_EQ(parseSensitiveAppsYAML("ax_role_text_blocklist:\n- R\n- R\nbundle_id_blocklist:\n- b\n- a\n- b"),
+            (SensitiveAppsConfig{.bundleIdBlocklist = {"b", "a", "b"}, .axRoleTextBlocklist = {"R"}}))
+      << "both lists, duplicates kept in one only";
+}
+
+TEST(DeliveredPolicy, HasNoLineThatTheReaderSkips) {
+  std::ifstream file(DELIVERED_POLICY);
+  std::string text;
+  std::size_t items = 0;
+  for (std::string line; std::getline(file, line); text += line + "\n") {
+    const auto start = line.find_first_not_of(" \t");
+    if (start == std::string::npos || line[start] == '#' || line.back() == ':') continue;
+    EXPECT_EQ(line.find('#'), std::string::npos) << "a comment after an item is part of it: " << line;
+    ++items;
+  }
+  const auto policy = parseSensitiveAppsYAML(text);
+  EXPECT_TRUE(policy.axRoleTextBlocklist.contains("AXSecureTextField"));
+  EXPECT_GT(policy.bundleIdBlocklist.size(), 20U);
+  EXPECT_EQ(policy.bundleIdBlocklist.size() + policy.axRoleTextBlocklist.size(), items);
+}
+
+constexpr auto kDefaultPath = "/Users/ada/Documents/Dev/Quorle/config/perception/sensitive-apps.yaml";
+
+std::optional<std::string> policyOf(const std::string& item) { return "bundle_id_blocklist:\n- " + item; }
+
+TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
+  using Text = std::optional<std::string>;
+  using Case = std::tuple<std::string, Text, fake::Map<Text>, std::vector<std::string>>;
+  for (const auto& [reason, variable, files, expected] : {
+           Case{"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
+           Case{"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
+           Case{"an empty file is a policy", "v", {{"v", ""}, {kDefaultPath, policyOf("d")}}, {}},
+           Case{"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
+           Case{"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
+           Case{"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
+           Case{"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
+           Case{"nothing reads", "v", {{"/r", std::nullopt}}, {}},
+       }) {
+    fake::FakeDesktop desktop{.files = files, .resources = {{"perception-sensitive-apps.yaml", "/r"}}};
+    if (variable) desktop.environment["TAVIK_PERCEPTION_CONFIG"] = *variable;
+    const auto platform = fake::makePlatform(desktop);
+    EXPECT_EQ(loadSensitiveAppsConfig(*platform.host), (SensitiveAppsConfig{.bundleIdBlocklist = expected})) << reason;
+  }
+}
+
+}  // namespace
+}  // namespace tavik
