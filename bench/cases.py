@@ -1,6 +1,5 @@
 """What is measured, beside which yardstick, and what is to be reached."""
 
-import json
 import os
 import shlex
 from dataclasses import dataclass
@@ -12,84 +11,78 @@ WALK = f"/usr/bin/python3 {shlex.quote(str(Path(__file__).with_name('pyatspi_wal
 
 
 @dataclass(frozen=True)
+class Bound:
+    limit: float
+    unit: str
+    is_upper: bool = True
+
+
+@dataclass(frozen=True)
 class Case:
-    """A request, and a shell command as yardstick. `most` bounds the program's time in times the yardstick's; `times`
-    says how many times as fast it is to be; `most_bytes` bounds its output in times the yardstick's."""
+    """A request on one of the desktops of script/bench, and the command beside it."""
 
     desktop: str
     name: str
     request: dict
     yardstick_name: str
     yardstick: tuple[str, ...]
-    most: float | None = None
-    times: float | None = None
-    most_bytes: float | None = None
-    screen_pixels: int = 0  # of the screen that is captured
+    bounds: tuple[Bound, ...]
 
-    @property
-    def input(self) -> str:
-        return json.dumps(self.request)
+
+def at_most(limit: float) -> Bound:
+    return Bound(limit, "times the yardstick's")
+
+
+def times_as_fast(limit: float) -> Bound:
+    return Bound(limit, "times as fast", is_upper=False)
+
+
+def memory_for(width: int, height: int) -> Bound:
+    """Three times the raw pixels of the surface, and 16 MB."""
+    return Bound(round(3 * 4 * width * height / 2**20 + 16), "MB")
 
 
 def shell(command: str) -> tuple[str, ...]:
     return ("sh", "-ec", command)
 
 
-def tree(application: str, **more: object) -> dict:
-    return {"app_bundle_id": application, "include_image": False} | more
+def tree(application: str) -> dict:
+    return {"app_bundle_id": application, "include_image": False}
 
 
 def screen(level: str) -> dict:
     return {"target": "screen", "level": level, "include_ax_tree": False}
 
 
-WITHOUT_PREFETCH = ("the same, one call at a time", (str(BUILD / "perception-without-prefetch"),))
+WITHOUT_PREFETCH = ("one call at a time", (str(BUILD / "perception-without-prefetch"),))
 GET_IMAGE = ("GetImage alone", (str(BUILD / "bench-get_image"),))
-CALCULATOR = "maim -i $(xdotool search --onlyvisible --class galculator) -f jpg | cat; " + WALK + " galculator"
-FULL_HD, UHD = 1920 * 1080, 3840 * 2160
+CALCULATOR = f"maim -i $(xdotool search --onlyvisible --class galculator) -f jpg | cat; {WALK} galculator"
+CONVERTED = "maim -f png | convert png:- -resize 1600 -quality 85 jpg:-"
+HD, UHD = memory_for(1920, 1080), memory_for(3840, 2160)
+READ_HD = ("applications", "screen 1920x1080, read", screen("read"))
+PERFECT_UHD = ("screen", "screen 3840x2160, pixel_perfect", screen("pixel_perfect"))
+CHROMIUM = ("applications", "tree of Chromium, 2000 elements", tree("chromium"))
 
 CASES = (
-    Case("applications", "{}", {}, "read, write 500 bytes", (str(BUILD / "bench-echo"),), most=2.5),
+    Case("applications", "{}", {}, "read, write 500 bytes", (str(BUILD / "bench-echo"),), (at_most(2.5),)),
     Case(
         "applications",
         "glance of galculator",
         {"app_bundle_id": "galculator", "level": "glance"},
-        "maim, pyatspi",
+        "maim, then pyatspi",
         shell(CALCULATOR),
-        times=5,
+        (times_as_fast(5),),
     ),
+    Case(*READ_HD, "maim | convert", shell(CONVERTED), (times_as_fast(6), HD)),
+    Case(*READ_HD, *GET_IMAGE, (at_most(4),)),
+    Case("applications", "tree of galculator", tree("galculator"), *WITHOUT_PREFETCH, (times_as_fast(3.5),)),
     Case(
-        "applications",
-        "screen 1920x1080, read",
-        screen("read"),
-        "maim | convert",
-        shell("maim -f png | convert png:- -resize 1600 -quality 85 jpg:-"),
-        times=6,
-        screen_pixels=FULL_HD,
+        "applications", "tree of GNOME Calculator", tree("org.gnome.Calculator"), *WITHOUT_PREFETCH, (times_as_fast(2),)
     ),
-    Case("applications", "screen 1920x1080, read", screen("read"), *GET_IMAGE, most=4, screen_pixels=FULL_HD),
-    Case("applications", "tree of galculator (GTK 3)", tree("galculator"), *WITHOUT_PREFETCH, times=3.5),
-    Case("applications", "tree of gnome-calculator (GTK 4)", tree("org.gnome.Calculator"), *WITHOUT_PREFETCH, times=2),
-    Case("applications", "tree of FeatherPad (Qt 5)", tree("featherpad"), *WITHOUT_PREFETCH, times=2),
-    Case("applications", "tree of Chromium, 2000 elements", tree("chromium"), *WITHOUT_PREFETCH, times=3.5),
-    Case(
-        "applications",
-        "tree of Chromium, 2000 elements",
-        tree("chromium"),
-        "pyatspi",
-        shell(WALK + " Chromium"),
-        times=4,
-    ),
-    Case(
-        "screen",
-        "screen 3840x2160, pixel_perfect",
-        screen("pixel_perfect"),
-        "maim (PNG)",
-        shell("maim -f png | cat"),
-        times=4,
-        most_bytes=1.1,
-        screen_pixels=UHD,
-    ),
-    Case("screen", "screen 3840x2160, pixel_perfect", screen("pixel_perfect"), *GET_IMAGE, most=3.5, screen_pixels=UHD),
-    Case("screen", "screen 3840x2160, read", screen("read"), *GET_IMAGE, most=4, screen_pixels=UHD),
+    Case("applications", "tree of FeatherPad", tree("featherpad"), *WITHOUT_PREFETCH, (times_as_fast(2),)),
+    Case(*CHROMIUM, *WITHOUT_PREFETCH, (times_as_fast(3.5),)),
+    Case(*CHROMIUM, "pyatspi", shell(WALK + " Chromium"), (times_as_fast(4),)),
+    Case(*PERFECT_UHD, "maim", shell("maim -f png | cat"), (times_as_fast(4), Bound(1.1, "times the bytes"), UHD)),
+    Case(*PERFECT_UHD, *GET_IMAGE, (at_most(3.5),)),
+    Case("screen", "screen 3840x2160, read", screen("read"), *GET_IMAGE, (at_most(4), UHD)),
 )

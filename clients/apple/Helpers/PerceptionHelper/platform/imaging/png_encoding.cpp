@@ -1,21 +1,17 @@
 #include "platform/imaging/png_encoding.h"
 
-#include <algorithm>
 #include <csetjmp>
 #include <cstdint>
 #include <new>
+#include <span>
 
 #include <png.h>
 
-#include "platform/imaging/bitmap_row.h"
+#include "platform/imaging/deflate_stream.h"
+#include "platform/imaging/png_rows.h"
 
 namespace tavik::platform::imaging {
 namespace {
-
-/// Measured on screens: about half the time of zlib's default of 6, for at most a quarter more bytes.
-constexpr int kCompressionLevel = 3;
-/// Measured on screens: a fifth more bytes than without a filter for text, a third fewer for photographs.
-constexpr int kFilter = PNG_FILTER_SUB;
 
 /// A file under construction in memory.
 using File = std::vector<std::byte>;
@@ -54,63 +50,34 @@ void appendToFile(png_structp png, png_bytep bytes, std::size_t count) {
 
 void ignoreFlush(png_structp) {}
 
-bool isTranslucent(const Bitmap& bitmap) {
-  if (bitmap.alpha == AlphaMode::opaque) return false;
-  const auto width = static_cast<std::size_t>(bitmap.size.width);
-  for (std::size_t y = 0; y < static_cast<std::size_t>(bitmap.size.height); ++y) {
-    const std::uint8_t* row = rowOf(bitmap, y);
-    Pixel common = ~Pixel{0};
-    for (std::size_t x = 0; x < width; ++x) common &= readPixel(row, x);
-    if (componentOf(common, kAlphaShift) != 255) return true;
-  }
-  return false;
+void writeChunk(png_structp png, const char* name, std::span<const std::uint8_t> bytes) {
+  png_write_chunk(png, reinterpret_cast<png_const_bytep>(name), bytes.data(), bytes.size());
 }
 
-/// The pixel with its colour divided by its alpha, to the nearest number. Colour above its alpha, which no true
-/// premultiplication yields, becomes full.
-Pixel straightened(Pixel pixel) {
-  const int alpha = componentOf(pixel, kAlphaShift);
-  if (alpha == 255) return pixel;
-  if (alpha == 0) return 0;
-  const auto divided = [&](unsigned shift) {
-    return static_cast<Pixel>(std::min((componentOf(pixel, shift) * 255 + alpha / 2) / alpha, 255)) << shift;
-  };
-  return divided(kBlueShift) | divided(kGreenShift) | divided(kRedShift) | (static_cast<Pixel>(alpha) << kAlphaShift);
-}
-
-const std::uint8_t* straightenedRow(const std::uint8_t* row, std::vector<std::uint8_t>& buffer) {
-  for (std::size_t x = 0; x < buffer.size() / kBytesPerPixel; ++x)
-    writePixel(buffer.data(), x, straightened(readPixel(row, x)));
-  return buffer.data();
-}
-
-/// What is to be written; all of it outlives the writing.
+/// What is to be written, and with what; all of it outlives the writing.
 struct Job {
-  const Bitmap& bitmap;
+  PixelSize size;
   bool translucent;
-  std::vector<std::uint8_t> rowBuffer;
-  File file;
+  PNGRows rows;
+  DeflateStream stream = {};
+  File file = {};
 };
 
-/// False when libpng fails, which then jumps to the first line: nothing that has a destructor may live in here.
+/// False when libpng fails, which then jumps to the first line: nothing that has a destructor may live in here. Pixels
+/// are compressed by ISA-L, which takes a quarter of the time that zlib does.
 bool writeFile(const Writer& writer, Job& job) {
   if (setjmp(png_jmpbuf(writer.png))) return false;
-  const auto width = static_cast<png_uint_32>(job.bitmap.size.width);
-  const auto height = static_cast<png_uint_32>(job.bitmap.size.height);
+  const auto height = static_cast<png_uint_32>(job.size.height);
   png_set_write_fn(writer.png, &job.file, appendToFile, ignoreFlush);
-  png_set_compression_level(writer.png, kCompressionLevel);
-  png_set_filter(writer.png, PNG_FILTER_TYPE_BASE, kFilter);
-  png_set_IHDR(writer.png, writer.info, width, height, 8,
+  png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(job.size.width), height, 8,
                job.translucent ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   png_write_info(writer.png, writer.info);
-  png_set_bgr(writer.png);
-  if (!job.translucent) png_set_filler(writer.png, 0, PNG_FILLER_AFTER);
   for (png_uint_32 y = 0; y < height; ++y) {
-    const std::uint8_t* row = rowOf(job.bitmap, y);
-    png_write_row(writer.png, job.translucent ? straightenedRow(row, job.rowBuffer) : row);
+    job.stream.add(job.rows.row(y), y + 1 == height,
+                   [&writer](std::span<const std::uint8_t> part) { writeChunk(writer.png, "IDAT", part); });
   }
-  png_write_end(writer.png, nullptr);
+  writeChunk(writer.png, "IEND", {});
   return true;
 }
 
@@ -118,8 +85,7 @@ bool writeFile(const Writer& writer, Job& job) {
 
 std::optional<std::vector<std::byte>> encodedPNG(const Bitmap& bitmap) {
   const bool translucent = isTranslucent(bitmap);
-  const std::size_t bufferedPixels = translucent ? static_cast<std::size_t>(bitmap.size.width) : 0;
-  Job job{bitmap, translucent, std::vector<std::uint8_t>(bufferedPixels * kBytesPerPixel), {}};
+  Job job{.size = bitmap.size, .translucent = translucent, .rows = PNGRows(bitmap, translucent)};
   const Writer writer;
   if (!writer.png || !writer.info || !writeFile(writer, job)) return std::nullopt;
   return std::move(job.file);

@@ -6,17 +6,19 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/linux/sd_bus_library.h"
+
 namespace tavik::platform::atspi {
 namespace {
 
 struct CloseBus {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+  void operator()(sd_bus* bus) const { sdBus()->sd_bus_close_unref(bus); }
 };
 using OwnedBus = std::unique_ptr<sd_bus, CloseBus>;
 
 /// `bus`, which has begun to connect, once it is ready.
 Bus readyBus(OwnedBus bus, Deadline deadline) {
-  while (sd_bus_is_ready(bus.get()) <= 0) {
+  while (sdBus()->sd_bus_is_ready(bus.get()) <= 0) {
     const auto left = std::chrono::ceil<std::chrono::microseconds>(deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0 || !processBus(bus.get(), left)) return nullptr;
   }
@@ -40,24 +42,25 @@ std::string localAddresses(std::string_view addressList) {
 Bus openBus(std::string_view addressList, Deadline deadline) {
   const std::string addresses = localAddresses(addressList);
   sd_bus* created = nullptr;
-  if (addresses.empty() || sd_bus_new(&created) < 0) return nullptr;
+  if (addresses.empty() || !sdBus() || sdBus()->sd_bus_new(&created) < 0) return nullptr;
   OwnedBus bus(created);
-  const bool begun = sd_bus_set_address(created, addresses.c_str()) >= 0 && sd_bus_set_bus_client(created, 1) >= 0 &&
-                     sd_bus_negotiate_fds(created, 0) >= 0 && sd_bus_start(created) >= 0;
+  const bool begun = sdBus()->sd_bus_set_address(created, addresses.c_str()) >= 0 &&
+                     sdBus()->sd_bus_set_bus_client(created, 1) >= 0 &&
+                     sdBus()->sd_bus_negotiate_fds(created, 0) >= 0 && sdBus()->sd_bus_start(created) >= 0;
   return begun ? readyBus(std::move(bus), deadline) : nullptr;
 }
 
 Bus openSessionBus(Deadline deadline) {
   if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS")) return openBus(address, deadline);
   sd_bus* created = nullptr;
-  if (sd_bus_open_user(&created) < 0) return nullptr;
+  if (!sdBus() || sdBus()->sd_bus_open_user(&created) < 0) return nullptr;
   return readyBus(OwnedBus(created), deadline);
 }
 
 bool processBus(sd_bus* bus, std::chrono::microseconds patience) {
-  const int handled = sd_bus_process(bus, nullptr);
+  const int handled = sdBus()->sd_bus_process(bus, nullptr);
   if (handled != 0) return handled > 0;
-  const int waited = sd_bus_wait(bus, static_cast<std::uint64_t>(std::max<std::int64_t>(patience.count(), 0)));
+  const int waited = sdBus()->sd_bus_wait(bus, static_cast<std::uint64_t>(std::max<std::int64_t>(patience.count(), 0)));
   return waited >= 0 || waited == -EINTR;
 }
 

@@ -11,9 +11,9 @@ constexpr std::size_t kMaxInFlight = 512;
 
 /// How toolkits say that an object has no such property: ATK and GLib, GTK 4, Qt.
 bool isUnsupported(sd_bus_message* reply) {
-  return sd_bus_message_is_method_error(reply, SD_BUS_ERROR_UNKNOWN_PROPERTY) > 0 ||
-         sd_bus_message_is_method_error(reply, SD_BUS_ERROR_INVALID_ARGS) > 0 ||
-         sd_bus_message_is_method_error(reply, SD_BUS_ERROR_UNKNOWN_INTERFACE) > 0;
+  return sdBus()->sd_bus_message_is_method_error(reply, SD_BUS_ERROR_UNKNOWN_PROPERTY) > 0 ||
+         sdBus()->sd_bus_message_is_method_error(reply, SD_BUS_ERROR_INVALID_ARGS) > 0 ||
+         sdBus()->sd_bus_message_is_method_error(reply, SD_BUS_ERROR_UNKNOWN_INTERFACE) > 0;
 }
 
 }  // namespace
@@ -39,9 +39,10 @@ void Conversation::settle(const std::function<bool()>& askMore) {
 Conversation::Message Conversation::newCall(const Reference& target, const char* interface, const char* member) const {
   if (patience_.isExhausted() || silent_.contains(target.busName)) return nullptr;
   sd_bus_message* message = nullptr;
-  sd_bus_message_new_method_call(bus_.get(), &message, target.busName.c_str(), target.path.c_str(), interface, member);
+  sdBus()->sd_bus_message_new_method_call(bus_.get(), &message, target.busName.c_str(), target.path.c_str(), interface,
+                                          member);
   Message call(message);
-  if (call && sd_bus_message_set_auto_start(message, 0) < 0) call = nullptr;
+  if (call && sdBus()->sd_bus_message_set_auto_start(message, 0) < 0) call = nullptr;
   return call;
 }
 
@@ -53,7 +54,7 @@ void Conversation::send(Message message, const std::string& busName, Handler han
   call.handler = std::move(handler);
   call.position = std::prev(inFlight_.end());
   sd_bus_slot* slot = nullptr;
-  const int sent = sd_bus_call_async(bus_.get(), &slot, message.get(), &onReply, &call, UINT64_MAX);
+  const int sent = sdBus()->sd_bus_call_async(bus_.get(), &slot, message.get(), &onReply, &call, UINT64_MAX);
   call.slot.reset(slot);
   if (sent >= 0) return;
   std::list<Call> failed;
@@ -67,7 +68,7 @@ int Conversation::onReply(sd_bus_message* reply, void* userdata, sd_bus_error*) 
   std::list<Call> answered;
   answered.splice(answered.begin(), self.inFlight_, call.position);
   self.patience_.noteAnswer();
-  if (sd_bus_message_is_method_error(reply, nullptr) > 0)
+  if (sdBus()->sd_bus_message_is_method_error(reply, nullptr) > 0)
     call.handler({.reply = nullptr, .isUnsupported = isUnsupported(reply)});
   else
     call.handler({.reply = reply});

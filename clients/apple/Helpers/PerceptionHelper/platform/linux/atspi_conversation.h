@@ -12,6 +12,7 @@
 
 #include "platform/linux/atspi_bus.h"
 #include "platform/linux/atspi_patience.h"
+#include "platform/linux/sd_bus_library.h"
 
 namespace tavik::platform::atspi {
 
@@ -44,7 +45,7 @@ class Conversation {
   void ask(const Reference& target, const char* interface, const char* member, Handler handler, const char* types = "",
            Arguments... arguments) {
     Message call = newCall(target, interface, member);
-    if (call && sd_bus_message_append(call.get(), types, arguments...) < 0) call = nullptr;
+    if (call && sdBus()->sd_bus_message_append(call.get(), types, arguments...) < 0) call = nullptr;
     send(std::move(call), target.busName, std::move(handler));
   }
   /// Reads one property (org.freedesktop.DBus.Properties.Get).
@@ -56,11 +57,11 @@ class Conversation {
 
  private:
   struct ReleaseMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+    void operator()(sd_bus_message* message) const { sdBus()->sd_bus_message_unref(message); }
   };
   using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
   struct CancelCall {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
+    void operator()(sd_bus_slot* slot) const { sdBus()->sd_bus_slot_unref(slot); }
   };
   struct Call {
     Conversation* conversation = nullptr;

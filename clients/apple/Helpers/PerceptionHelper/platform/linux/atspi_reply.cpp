@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "platform/linux/sd_bus_library.h"
 #include "text/utf8.h"
 
 namespace tavik::platform::atspi {
@@ -10,19 +11,19 @@ namespace {
 template <class Value>
 std::optional<Value> readBasic(sd_bus_message* message, char type) {
   Value value{};
-  if (!message || sd_bus_message_read_basic(message, type, &value) <= 0) return std::nullopt;
+  if (!message || sdBus()->sd_bus_message_read_basic(message, type, &value) <= 0) return std::nullopt;
   return value;
 }
 
 bool entersVariant(sd_bus_message* reply, const char* contents) {
-  return reply && sd_bus_message_enter_container(reply, SD_BUS_TYPE_VARIANT, contents) > 0;
+  return reply && sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_VARIANT, contents) > 0;
 }
 
 /// The next reference of a message; nothing at the end. The null object comes as an empty bus name.
 std::optional<Reference> nextReference(sd_bus_message* message) {
   const char* busName = nullptr;
   const char* path = nullptr;
-  if (!message || sd_bus_message_read(message, "(so)", &busName, &path) <= 0) return std::nullopt;
+  if (!message || sdBus()->sd_bus_message_read(message, "(so)", &busName, &path) <= 0) return std::nullopt;
   if (std::string_view(path) == "/org/a11y/atspi/null") return Reference{};
   return Reference{busName, path};
 }
@@ -48,14 +49,14 @@ std::optional<std::uint32_t> readUInt32(sd_bus_message* reply) {
 }
 
 std::optional<States> readStates(sd_bus_message* reply) {
-  if (!reply || sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "u") <= 0) return std::nullopt;
+  if (!reply || sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "u") <= 0) return std::nullopt;
   const States low = readUInt32(reply).value_or(0);
   const States high = readUInt32(reply).value_or(0);
   return low | (high << 32U);
 }
 
 std::optional<Interfaces> readInterfaces(sd_bus_message* reply) {
-  if (!reply || sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "s") <= 0) return std::nullopt;
+  if (!reply || sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "s") <= 0) return std::nullopt;
   Interfaces interfaces;
   while (const auto string = readBasic<const char*>(reply, SD_BUS_TYPE_STRING)) {
     const std::string_view name(*string);
@@ -68,7 +69,8 @@ std::optional<Interfaces> readInterfaces(sd_bus_message* reply) {
 
 std::optional<Extents> readExtents(sd_bus_message* reply) {
   Extents extents;
-  if (!reply || sd_bus_message_read(reply, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height) <= 0)
+  if (!reply ||
+      sdBus()->sd_bus_message_read(reply, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height) <= 0)
     return std::nullopt;
   return extents;
 }
@@ -79,7 +81,7 @@ std::optional<Reference> readReference(sd_bus_message* reply) {
 }
 
 std::optional<std::vector<Reference>> readReferences(sd_bus_message* reply, std::size_t limit) {
-  if (!reply || sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) return std::nullopt;
+  if (!reply || sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) return std::nullopt;
   std::vector<Reference> references;
   while (references.size() < limit) {
     auto reference = nextReference(reply);

@@ -7,8 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include <glib.h>
-
+#include "platform/linux/glib_library.h"
 #include "platform/linux/regular_file.h"
 #include "text/utf8.h"
 
@@ -49,8 +48,9 @@ std::vector<std::string> applicationFolders() {
     // freedesktop.org has relative paths ignored.
     if (fs::path(folder).is_absolute()) folders.push_back((fs::path(folder) / "applications").string());
   };
-  add(g_get_user_data_dir());
-  for (const auto* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) add(*folder);
+  if (!glib()) return {};
+  add(glib()->g_get_user_data_dir());
+  for (const auto* folder = glib()->g_get_system_data_dirs(); *folder != nullptr; ++folder) add(*folder);
   return folders;
 }
 

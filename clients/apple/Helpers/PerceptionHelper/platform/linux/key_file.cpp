@@ -1,15 +1,17 @@
 #include "platform/linux/key_file.h"
 
+#include "platform/linux/glib_library.h"
+
 namespace tavik::platform::desktop_entries {
 namespace {
 
 struct StringDeleter {
-  void operator()(char* text) const { g_free(text); }
+  void operator()(char* text) const { glib()->g_free(text); }
 };
 using GString = std::unique_ptr<char, StringDeleter>;
 
 struct StringListDeleter {
-  void operator()(char** list) const { g_strfreev(list); }
+  void operator()(char** list) const { glib()->g_strfreev(list); }
 };
 
 std::optional<std::string> toOptional(const GString& text) {
@@ -18,27 +20,31 @@ std::optional<std::string> toOptional(const GString& text) {
 
 }  // namespace
 
+void KeyFileDeleter::operator()(GKeyFile* file) const { glib()->g_key_file_unref(file); }
+
 KeyFile parseKeyFile(const std::string& text) {
-  KeyFile file(g_key_file_new());
-  const bool isKeyFile = g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != 0;
+  if (!glib()) return nullptr;
+  KeyFile file(glib()->g_key_file_new());
+  const bool isKeyFile =
+      glib()->g_key_file_load_from_data(file.get(), text.data(), text.size(), G_KEY_FILE_NONE, nullptr) != 0;
   return isKeyFile ? std::move(file) : nullptr;
 }
 
 std::optional<std::string> localeString(const KeyFile& file, const char* group, const char* key) {
-  return toOptional(GString(g_key_file_get_locale_string(file.get(), group, key, nullptr, nullptr)));
+  return toOptional(GString(glib()->g_key_file_get_locale_string(file.get(), group, key, nullptr, nullptr)));
 }
 
 std::optional<std::string> plainString(const KeyFile& file, const char* group, const char* key) {
-  return toOptional(GString(g_key_file_get_string(file.get(), group, key, nullptr)));
+  return toOptional(GString(glib()->g_key_file_get_string(file.get(), group, key, nullptr)));
 }
 
 bool boolean(const KeyFile& file, const char* group, const char* key) {
-  return g_key_file_get_boolean(file.get(), group, key, nullptr) != 0;
+  return glib()->g_key_file_get_boolean(file.get(), group, key, nullptr) != 0;
 }
 
 std::string programOfCommandLine(const std::string& commandLine) {
   char** words = nullptr;
-  if (g_shell_parse_argv(commandLine.c_str(), nullptr, &words, nullptr) == 0) return {};
+  if (!glib() || glib()->g_shell_parse_argv(commandLine.c_str(), nullptr, &words, nullptr) == 0) return {};
   const std::unique_ptr<char*, StringListDeleter> owned(words);
   const std::string program = words[0];
   return program.substr(program.rfind('/') + 1);

@@ -115,6 +115,7 @@ class XWorkspace final : public Workspace {
 
  private:
   std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) const {
+    if (!catalog_) catalog_ = std::make_shared<DesktopEntryCatalog>(desktop_entries::applicationFolders());
     std::vector<RunningApplicationRef> applications;
     for (auto& process : processesOf(desktop)) {
       applications.push_back(std::make_shared<XApplication>(std::move(process), catalog_));
@@ -123,8 +124,7 @@ class XWorkspace final : public Workspace {
   }
 
   std::shared_ptr<XConnection> connection_;
-  std::shared_ptr<DesktopEntryCatalog> catalog_ =
-      std::make_shared<DesktopEntryCatalog>(desktop_entries::applicationFolders());
+  mutable std::shared_ptr<DesktopEntryCatalog> catalog_;  ///< made when it is first needed
 };
 
 }  // namespace

@@ -1,0 +1,95 @@
+#include "platform/imaging/png_rows.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+#include "platform/imaging/bitmap_row.h"
+
+namespace tavik::platform::imaging {
+namespace {
+
+/// The filter types (ISO/IEC 15948, 9.2).
+constexpr std::uint8_t kNone = 0, kSub = 1;
+
+/// The pixel with its colour divided by its alpha, to the nearest number. Colour above its alpha, which no true
+/// premultiplication yields, becomes full.
+Pixel straightened(Pixel pixel) {
+  const int alpha = componentOf(pixel, kAlphaShift);
+  if (alpha == 255) return pixel;
+  if (alpha == 0) return 0;
+  const auto divided = [&](unsigned shift) {
+    return static_cast<Pixel>(std::min((componentOf(pixel, shift) * 255 + alpha / 2) / alpha, 255)) << shift;
+  };
+  return divided(kBlueShift) | divided(kGreenShift) | divided(kRedShift) | (static_cast<Pixel>(alpha) << kAlphaShift);
+}
+
+/// Red, green, blue and alpha from the lowest byte up.
+Pixel inFileOrder(Pixel pixel) {
+  const Pixel red = (pixel >> kRedShift) & 0xFFU;
+  const Pixel blue = (pixel >> kBlueShift) & 0xFFU;
+  return (pixel & 0xFF00FF00U) | red | (blue << 16U);
+}
+
+void readRow(const std::uint8_t* source, bool translucent, std::span<Pixel> row) {
+  for (std::size_t x = 0; x < row.size(); ++x) {
+    const Pixel pixel = readPixel(source, x);
+    row[x] = inFileOrder(translucent ? straightened(pixel) : pixel & 0x00FFFFFFU);
+  }
+}
+
+/// Text and flat surfaces repeat themselves, and shrink most as they are; pictures shrink most as the difference of
+/// each pixel from its neighbour. Measured: the second pays where seven of ten pixels differ.
+bool isBusy(std::span<const Pixel> row) {
+  std::size_t changes = 0;
+  for (std::size_t x = 1; x < row.size(); ++x) changes += row[x] != row[x - 1] ? 1U : 0U;
+  return changes > row.size() / 10 * 7;
+}
+
+/// Byte by byte, without borrowing.
+Pixel difference(Pixel from, Pixel what) {
+  constexpr Pixel kHighBits = 0x80808080U;
+  return ((from | kHighBits) - (what & ~kHighBits)) ^ ((from ^ ~what) & kHighBits);
+}
+
+void subtractNeighbours(std::span<Pixel> row) {
+  for (std::size_t x = row.size(); x-- > 1;) row[x] = difference(row[x], row[x - 1]);
+}
+
+}  // namespace
+
+bool isTranslucent(const Bitmap& bitmap) {
+  if (bitmap.alpha == AlphaMode::opaque) return false;
+  const auto width = static_cast<std::size_t>(bitmap.size.width);
+  for (std::size_t y = 0; y < static_cast<std::size_t>(bitmap.size.height); ++y) {
+    const std::uint8_t* row = rowOf(bitmap, y);
+    Pixel common = ~Pixel{0};
+    for (std::size_t x = 0; x < width; ++x) common &= readPixel(row, x);
+    if (componentOf(common, kAlphaShift) != 255) return true;
+  }
+  return false;
+}
+
+PNGRows::PNGRows(const Bitmap& bitmap, bool translucent)
+    : bitmap_(bitmap),
+      translucent_(translucent),
+      pixels_(static_cast<std::size_t>(bitmap.size.width)),
+      bytes_(1 + pixels_.size() * sizeof(Pixel)) {}
+
+std::span<const std::uint8_t> PNGRows::row(std::size_t y) {
+  readRow(rowOf(bitmap_, y), translucent_, pixels_);
+  const bool isSub = isBusy(pixels_);
+  if (isSub) subtractNeighbours(pixels_);
+  bytes_[0] = isSub ? kSub : kNone;
+  // Each pixel is written as four bytes; of three, the last one is written over by what follows.
+  const std::size_t pixelBytes = translucent_ ? 4 : 3;
+  std::uint8_t* to = bytes_.data() + 1;
+  for (const Pixel pixel : pixels_) {
+    std::memcpy(to, &pixel, sizeof pixel);
+    to += pixelBytes;
+  }
+  return std::span(bytes_).first(1 + pixels_.size() * pixelBytes);
+}
+
+}  // namespace tavik::platform::imaging
