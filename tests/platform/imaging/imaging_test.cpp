@@ -250,6 +250,7 @@ TEST(Scaling, FollowsTheDefinitionOfTheFilter) {
            Case{"the same size", {33, 17}, {33, 17}, noise},
            Case{"one row", {200, 1}, {80, 1}, noise},
            Case{"one column", {1, 200}, {1, 80}, noise},
+           Case{"large enough for two processors, an odd number of rows", {1000, 1001}, {97, 131}, noise},
        }) {
     const Painter columns = [&](int x, int) { return c.paint(x, 0); }, rows = [&](int, int y) { return c.paint(y, 0); };
     const auto upright = scaled(painted(c.from, AlphaMode::opaque, columns), c.to).value();
