@@ -1,7 +1,7 @@
 """Measures the program beside its yardsticks.
 
-    bench.py measure DESKTOP FILE          adds the rows of the cases on this desktop to the file, one JSON object each
-    bench.py report FILE [--check]         prints the rows as a table; with --check exits with 1 when a bound is missed
+    bench.py measure DESKTOP FILE     adds what is measured on this desktop to the file, one JSON object a line
+    bench.py report FILE [--check]    prints it as tables; with --check exits with 1 when a bound is missed
 """
 
 import json
@@ -9,10 +9,11 @@ import statistics
 import subprocess
 import sys
 import tempfile
+from collections.abc import Iterator
 from dataclasses import asdict, dataclass
 from pathlib import Path
 
-from cases import BUILD, CASES, PROGRAM, Bound, Case
+from cases import BUILD, CASES, PHASES, PROGRAM, SERIES, Bound, Case, Point
 
 RUNS = 11
 HEADINGS = ("case", "ms", "CPU ms", "MB", "yardstick", "ms", "CPU ms", "MB", "bounds")
@@ -83,6 +84,35 @@ def core_rows() -> list[dict]:
     return rows
 
 
+def point(of: Point) -> dict:
+    """How many nodes or pixels there are, and the median milliseconds of the whole process."""
+    with tempfile.TemporaryDirectory() as folder:
+        request = Path(folder, "request.json")
+        request.write_text(json.dumps(of.request), encoding="utf-8")
+        wall = statistics.median(run_once((PROGRAM,), request)[0] for _ in range(RUNS)) / 1000
+        answer = subprocess.run([PROGRAM], input=request.read_bytes(), check=True, capture_output=True).stdout
+    area = of.request.get("region")
+    size = area["w"] * area["h"] if area else json.loads(answer)["data"]["ax_node_count"]
+    return {"series": of.series, "size": size, "ms": wall}
+
+
+def phases(arguments: str) -> dict:
+    """The median milliseconds of each step."""
+    command = [BUILD / "bench-phases", *arguments.split()]
+    runs = [subprocess.run(command, check=True, capture_output=True, text=True).stdout for _ in range(RUNS)]
+    steps = zip(*([line.split("\t") for line in run.splitlines()] for run in runs))
+    medians = {laps[0][0]: statistics.median(float(milliseconds) for _, milliseconds in laps) for laps in steps}
+    return {"phases": arguments, "steps": medians}
+
+
+def rows_of(desktop: str) -> Iterator[dict]:
+    if desktop == "core":
+        yield from core_rows()
+    yield from (measure(case) for case in CASES if case.desktop == desktop)
+    yield from (point(of) for of in SERIES if of.desktop == desktop)
+    yield from map(phases, PHASES.get(desktop, ()))
+
+
 def figures(cost: dict | None) -> list[str]:
     numbers = [cost[name] if cost else None for name in ("wall_ms", "cpu_ms", "peak_mb")]
     return ["" if number is None else f"{number:.{decimals}f}" for number, decimals in zip(numbers, (2, 2, 1))]
@@ -113,13 +143,17 @@ def main(arguments: list[str]) -> int:
     match arguments:
         case ["measure", desktop, file]:
             with open(file, "a", encoding="utf-8") as rows:
-                cases = (measure(case) for case in CASES if case.desktop == desktop)
-                for one in core_rows() if desktop == "core" else cases:
+                for one in rows_of(desktop):
                     print(json.dumps(one), file=rows, flush=True)
         case ["report", file, *options] if set(options) <= {"--check"}:
             rows = [json.loads(line) for line in Path(file).read_text(encoding="utf-8").splitlines()]
-            print(report(rows))
-            return int("--check" in options and not all(bound["kept"] for one in rows for bound in one["bounds"]))
+            cases = [one for one in rows if "case" in one]
+            print(report(cases))
+            for one in rows:
+                if "phases" in one:
+                    steps = (f"    {step:34}{milliseconds:8.2f}" for step, milliseconds in one["steps"].items())
+                    print(f"\n{one['phases']}, ms", *steps, sep="\n")
+            return int("--check" in options and not all(bound["kept"] for one in cases for bound in one["bounds"]))
         case _:
             sys.exit(__doc__)
     return 0

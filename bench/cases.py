@@ -86,3 +86,28 @@ CASES = (
     Case(*PERFECT_UHD, *GET_IMAGE, (at_most(3.5),)),
     Case("screen", "screen 3840x2160, read", screen("read"), *GET_IMAGE, (at_most(4), UHD)),
 )
+
+
+@dataclass(frozen=True)
+class Point:
+    """A request of a series that shows how cost grows."""
+
+    desktop: str
+    series: str
+    request: dict
+
+
+def region(scale: int, level: str) -> dict:
+    return screen(level) | {"target": "region", "region": {"x": 0, "y": 0, "w": 960 * scale, "h": 540 * scale}}
+
+
+SERIES = (
+    Point("elements", "nodes", tree("chromium")),
+    *(Point("screen", level, region(scale, level)) for level in ("pixel_perfect", "read") for scale in (1, 2, 3, 4)),
+)
+
+# Of what the steps of a run are measured: the application whose tree is read, the longest side and format of the picture.
+PHASES = {
+    "applications": ("galculator 1600 jpeg", "chromium 1600 jpeg"),
+    "screen": ("none 4096 png", "none 1600 jpeg"),
+}

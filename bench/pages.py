@@ -1,4 +1,4 @@
-"""Pages for the browser under test: pages.py elements | text prints one."""
+"""Pages for the browser under test: pages.py elements BUTTONS | text prints one."""
 
 import html
 import sys
@@ -9,12 +9,14 @@ def page(title: str, body: str) -> str:
     return f'<!DOCTYPE html><html lang="en"><meta charset="utf-8"><title>{title}</title><body>{body}</body></html>'
 
 
-def elements() -> str:
-    """45 groups of 44 buttons: none has more children than are looked at."""
+def elements(buttons: str) -> str:
+    """45 groups of at most 50 buttons: none has more children than are looked at."""
     group = '<div role="group" aria-label="Group {0}">{1}</div>'
     button = "<button>{0}, {1}</button>"
-    groups = (group.format(one, "".join(button.format(one, two) for two in range(1, 45))) for one in range(1, 46))
-    return page("2000 elements", "".join(groups))
+    groups = (
+        group.format(one, "".join(button.format(one, two) for two in range(int(buttons)))) for one in range(1, 46)
+    )
+    return page(f"{45 * int(buttons)} elements", "".join(groups))
 
 
 def text() -> str:
@@ -26,4 +28,4 @@ def text() -> str:
     return page("Text", f'<div style="{style}">{words}</div>')
 
 
-print({"elements": elements, "text": text}[sys.argv[1]]())
+print({"elements": elements, "text": text}[sys.argv[1]](*sys.argv[2:]))

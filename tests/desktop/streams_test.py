@@ -3,6 +3,8 @@
 import fcntl
 import json
 import os
+import re
+import shutil
 import signal
 import subprocess
 import time
@@ -37,6 +39,20 @@ class StreamsTest(unittest.TestCase):
                 done = run(request)
                 self.assertEqual((done.returncode, json.loads(done.stdout)["code"]), (0, "target_required"))
                 self.assertEqual((done.stderr.count(DIAGNOSTIC), done.stderr.count(b"\n")), (diagnostics, diagnostics))
+
+    def test_nothing_is_opened_in_vain(self) -> None:
+        """A request that names no target: no connection to anyone, and no library that only other requests need."""
+        if not shutil.which("strace"):
+            self.skipTest("strace is not installed")
+        trace = ["strace", "-f", "-qq", "-e", "trace=connect,openat", HELPER]
+        environment = os.environ | {"ASAN_OPTIONS": "detect_leaks=0"}  # which cannot be done under a tracer
+        done = subprocess.run(trace, input=b"{}", env=environment, capture_output=True, timeout=DEADLINE_SECONDS)
+        self.assertEqual(json.loads(done.stdout)["code"], "target_required")
+        calls = done.stderr.decode()
+        self.assertNotIn("connect(", calls)
+        opened = set(re.findall(r"/(lib[^/]*?)\.so\S* O_RDONLY\S* = \d", calls.replace('",', "")))
+        self.assertIn("libc", opened)
+        self.assertLessEqual(opened, {"libc", "libm", "libgcc_s", "libstdc++", "libisal", "libresolv"})
 
     def test_input(self) -> None:
         byte_by_byte = 'while IFS= read -r -n 1 c; do printf %s "$c"; sleep 0.005; done | "$0"'
