@@ -115,6 +115,15 @@ def undated(answer: bytes) -> bytes:
     return re.sub(rb'"captured_at_utc":"[^"]*"', b"", answer)
 
 
+def wrong_pixels(response: dict, expected: str) -> str:
+    """How many, or the code of a response without a picture."""
+    return differing_pixels(image_bytes(response["data"]), expected) if response["ok"] else response["code"]
+
+
+def pixels_in(screenshot: str) -> bytes:
+    return Path(screenshot.partition("[")[0]).read_bytes()
+
+
 class MatrixTest(unittest.TestCase):
     maxDiff = 2000
 
@@ -144,6 +153,14 @@ class MatrixTest(unittest.TestCase):
         move(window, 20, 40)
         return still_screenshot(frame_window(window)) + drawn_part(window)
 
+    def look(self, application: Application, windows: tuple[str, str], places: tuple) -> tuple[dict, float]:
+        for client, place in zip(reversed(windows), reversed(places), strict=True):
+            move(client, *place)
+        before = state_of_desktop()
+        answer = timed(application.request | PIXELS)
+        self.assertEqual(state_of_desktop(), before)
+        return answer
+
     def test_0_all_are_there(self) -> None:
         for application in APPLICATIONS:
             with self.each(application):
@@ -153,20 +170,17 @@ class MatrixTest(unittest.TestCase):
     def test_1_places(self) -> None:
         for application in self.applications:
             with self.each(application):
-                window, cover = self.set_the_scene(application)
-                expected = self.uncovered_picture(window, cover)
-                for state, place, cover_place in PLACES:
+                windows = self.set_the_scene(application)
+                expected = self.uncovered_picture(*windows)
+                for state, *places in PLACES:
                     with self.each(application, state):
-                        move(cover, *cover_place)
-                        move(window, *place)
-                        before = state_of_desktop()
-                        response, seconds = timed(application.request | PIXELS)
-                        self.assertEqual(state_of_desktop(), before)
-                        data = response.get("data")
-                        wrong = differing_pixels(image_bytes(data), expected) if data else response["code"]
-                        if data and wrong != "0":  # FeatherPad changes by itself when its notice goes
-                            expected = self.uncovered_picture(window, cover)
-                            wrong = differing_pixels(image_bytes(data), expected)
+                        response, seconds = self.look(application, windows, places)
+                        wrong = wrong_pixels(response, expected)
+                        if wrong != "0":
+                            earlier, expected = expected, self.uncovered_picture(*windows)
+                            if pixels_in(earlier) != pixels_in(expected):  # FeatherPad's notice goes by itself
+                                response, seconds = self.look(application, windows, places)
+                                wrong = wrong_pixels(response, expected)
                         note(application, state, wrong, "", seconds)
                         self.assertEqual(wrong, "0")
 

@@ -64,7 +64,7 @@ struct Job {
 };
 
 /// False when libpng fails, which then jumps to the first line: nothing that has a destructor may live in here. Pixels
-/// are compressed by ISA-L, which takes a quarter of the time that zlib does.
+/// are compressed by ISA-L, which takes a fifth of the time that zlib does.
 bool writeFile(const Writer& writer, Job& job) {
   if (setjmp(png_jmpbuf(writer.png))) return false;
   const auto height = static_cast<png_uint_32>(job.size.height);
