@@ -170,8 +170,10 @@ BGRA straightened(int x, int y) {
 TEST(PNG, GivesEveryPixelBack) {
   using Case = std::tuple<std::string, AlphaMode, Painter, Painter, AlphaMode>;
   constexpr auto opaque = AlphaMode::opaque, premultiplied = AlphaMode::premultiplied;
+  const Painter opaqueText = [](int x, int y) { return withAlpha(textLike(x, y), 255); };
   for (const auto& [reason, mode, paint, expected, expectedMode] : {
            Case{"padding of any value is no alpha", opaque, noise, opaqueNoise, opaque},
+           Case{"rows that repeat themselves are not filtered", opaque, textLike, opaqueText, opaque},
            Case{"alpha that hides nothing is not stored", premultiplied, opaqueNoise, opaqueNoise, opaque},
            Case{"colour is divided by its alpha", premultiplied, anyColourAtAnyAlpha, straightened, premultiplied},
        }) {
