@@ -12,7 +12,7 @@ ANY = [""]
 MAY_INCLUDE: dict[str, tuple[list[str], list[str]]] = {
     "text": ([], ["utf8proc.h"]),
     "platform": (["text"], []),
-    "platform/imaging": (["platform", "text"], ["zimg.h", "turbojpeg.h", "png.h", "isa-l/"]),
+    "platform/imaging": (["platform", "text"], ["simde/", "jpeglib.h", "png.h", "isa-l/"]),
     "platform/linux": (["platform", "platform/imaging", "text"], ANY),
     "platform/macos": (["platform", "platform/imaging", "text"], ANY),
     "protocol": (["platform", "text"], ["boost/json"]),

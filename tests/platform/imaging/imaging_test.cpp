@@ -15,7 +15,7 @@
 #include <turbojpeg.h>
 
 #include "platform/imaging/bitmap_row.h"
-#include "platform/imaging/scaling.h"
+#include "platform/imaging/scaled_rows.h"
 
 namespace {
 
@@ -140,18 +140,37 @@ TEST(BitmapImage, GivesNothingWhenMemoryRunsOut) {
   const ImageRef image = makeImage(painted({200, 200}, AlphaMode::premultiplied, noise));
   const auto answers = [&](std::size_t limit) {
     largestBlock = limit;
-    const std::array done{image->resized({190, 190}) != nullptr, image->encoded(ImageType::png, {}).has_value(),
+    const ImageRef smaller = image->resized({190, 190});
+    const std::array done{smaller && smaller->resized({9, 9}), smaller && smaller->encoded(ImageType::png, {}),
+                          smaller && smaller->encoded(ImageType::jpeg, 1.0),
+                          image->encoded(ImageType::png, {}).has_value(),
                           image->encoded(ImageType::jpeg, 1.0).has_value()};
     largestBlock = kUnlimited;
     return done;
   };
-  EXPECT_EQ(answers(kUnlimited), (std::array{true, true, true}));
-  EXPECT_EQ(answers(16384), (std::array{false, false, false}));
-  EXPECT_EQ(answers(512), (std::array{false, false, false})) << "not even a row";
+  EXPECT_EQ(answers(kUnlimited), (std::array{true, true, true, true, true}));
+  EXPECT_EQ(answers(16384), (std::array<bool, 5>{}));
+  EXPECT_EQ(answers(512), (std::array<bool, 5>{})) << "not even a row";
+}
+
+std::vector<std::byte> encoded(const ImageRef& image, ImageType type, std::optional<double> quality = {}) {
+  return image->encoded(type, quality).value_or(std::vector<std::byte>{});
 }
 
 std::vector<std::byte> encoded(const Bitmap& bitmap, ImageType type, std::optional<double> quality = {}) {
-  return makeImage(bitmap)->encoded(type, quality).value_or(std::vector<std::byte>{});
+  return encoded(makeImage(bitmap), type, quality);
+}
+
+TEST(BitmapImage, IsEncodedAtAnotherSizeAsTheBitmapOfThatSizeIs) {
+  for (const auto& [from, to] : {std::pair{PixelSize{90, 70}, PixelSize{37, 29}},
+                                 {{700, 500}, {601, 433}},  // with a second thread, and more rows than are kept
+                                 {{600, 430}, {40, 1}}}) {  // with fewer than are made together
+    const Bitmap bitmap = painted(from, AlphaMode::premultiplied, noise);
+    for (const ImageType type : {ImageType::jpeg, ImageType::png})
+      EXPECT_EQ(encoded(makeImage(bitmap)->resized(to), type), encoded(scaled(bitmap, to), type)) << from.width;
+    EXPECT_EQ(encoded(makeImage(bitmap)->resized(to)->resized({20, 9}), ImageType::png),
+              encoded(scaled(scaled(bitmap, to), {20, 9}), ImageType::png));
+  }
 }
 
 BGRA withAlpha(BGRA pixel, std::uint8_t alpha) { return {pixel[0], pixel[1], pixel[2], alpha}; }
@@ -211,6 +230,8 @@ TEST(JPEG, GrowsWithQuality) {
 TEST(JPEG, HasNoRoomForTheLongestPictures) {
   const Bitmap bitmap = painted({65501, 1}, AlphaMode::opaque, noise);
   EXPECT_TRUE(encoded(bitmap, ImageType::jpeg).empty());
+  const ImageRef scaledOnTwoThreads = makeImage(painted({1000, 300}, AlphaMode::opaque, noise))->resized({1, 65501});
+  EXPECT_TRUE(encoded(scaledOnTwoThreads, ImageType::jpeg).empty()) << "and nobody waits for the rows";
   EXPECT_TRUE(decodedPNG(encoded(bitmap, ImageType::png)));
 }
 
@@ -255,8 +276,8 @@ TEST(Scaling, FollowsTheDefinitionOfTheFilter) {
            Case{"large enough for two processors, an odd number of rows", {1000, 1001}, {97, 131}, noise},
        }) {
     const Painter columns = [&](int x, int) { return c.paint(x, 0); }, rows = [&](int, int y) { return c.paint(y, 0); };
-    const auto upright = scaled(painted(c.from, AlphaMode::opaque, columns), c.to).value();
-    const auto level = scaled(painted(c.from, AlphaMode::opaque, rows), c.to).value();
+    const auto upright = scaled(painted(c.from, AlphaMode::opaque, columns), c.to);
+    const auto level = scaled(painted(c.from, AlphaMode::opaque, rows), c.to);
     EXPECT_TRUE(upright.size == c.to && level.size == c.to) << c.reason;
     const auto column = [&](int x, int) { return resampled(x, c.paint, c.from.width, c.to.width); };
     const auto row = [&](int, int y) { return resampled(y, c.paint, c.from.height, c.to.height); };
@@ -269,7 +290,7 @@ TEST(Scaling, KeepsAPlainColourExactly) {
   for (const PixelSize size : {PixelSize{1, 1}, {1, 400}, {400, 1}, {19, 31}}) {
     for (const BGRA colour : {BGRA{0, 0, 0, 0}, BGRA{1, 2, 3, 77}, BGRA{254, 255, 128, 255}}) {
       const Painter plain = [&](int, int) { return colour; };
-      const auto result = scaled(painted({61, 43}, AlphaMode::premultiplied, plain), size).value();
+      const auto result = scaled(painted({61, 43}, AlphaMode::premultiplied, plain), size);
       EXPECT_EQ(worstDifference(result, plain), 0) << size.width << " x " << size.height;
     }
   }
@@ -280,7 +301,7 @@ TEST(Scaling, NeverLiftsColourAboveItsAlpha) {
     const std::uint8_t alpha = x / 9 % 2 == 0 ? 200 : 20;
     return {alpha, y / 7 % 2 == 0 ? alpha : std::uint8_t{0}, 0, alpha};
   };
-  const auto result = scaled(painted({90, 70}, AlphaMode::premultiplied, squares), {37, 29}).value();
+  const auto result = scaled(painted({90, 70}, AlphaMode::premultiplied, squares), {37, 29});
   int overshoots = 0;
   for (int i = 0; i < 37 * 29; ++i) {
     const auto [blue, green, red, alpha] = pixelOf(result, i % 37, i / 37);

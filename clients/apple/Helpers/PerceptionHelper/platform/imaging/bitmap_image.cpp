@@ -6,7 +6,7 @@
 #include "platform/imaging/bitmap_row.h"
 #include "platform/imaging/jpeg_encoding.h"
 #include "platform/imaging/png_encoding.h"
-#include "platform/imaging/scaling.h"
+#include "platform/imaging/scaled_rows.h"
 
 namespace tavik::platform::imaging {
 namespace {
@@ -31,6 +31,38 @@ auto unlessOutOfMemory(Make make) -> decltype(make()) {
   }
 }
 
+/// Eight times the bytes of an 8K screen; the program never asks for enlargements, so nothing real is near.
+constexpr std::int64_t kMaximumPixels = (std::int64_t{1} << 30U) / std::int64_t{kBytesPerPixel};
+
+bool isScaledSize(PixelSize size) { return isPictureSize(size) && size.width <= kMaximumPixels / size.height; }
+
+/// A bitmap that is to be seen at another size. JPEG takes its rows as they are made, so that no second picture is ever
+/// in memory.
+class ScaledImage final : public Image {
+ public:
+  ScaledImage(Bitmap source, PixelSize size) : source_(std::move(source)), size_(size) {}
+
+  PixelSize size() const override { return size_; }
+
+  ImageRef resized(PixelSize size) const override {
+    const auto image = unlessOutOfMemory([&] { return makeImage(scaled(source_, size_)); });
+    return image ? image->resized(size) : nullptr;
+  }
+
+  std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
+    return unlessOutOfMemory([&] {
+      if (type == ImageType::png) return encodedPNG(scaled(source_, size_));
+      ScaledRows rows(source_, size_);
+      return encodedJPEG(
+          size_, [&rows] { return rows.next(); }, quality);
+    });
+  }
+
+ private:
+  Bitmap source_;
+  PixelSize size_;
+};
+
 class BitmapImage final : public Image {
  public:
   explicit BitmapImage(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
@@ -38,16 +70,16 @@ class BitmapImage final : public Image {
   PixelSize size() const override { return bitmap_.size; }
 
   ImageRef resized(PixelSize size) const override {
-    if (!isPictureSize(size)) return nullptr;
-    return unlessOutOfMemory([&]() -> ImageRef {
-      auto bitmap = scaled(bitmap_, size);
-      return bitmap ? makeImage(*std::move(bitmap)) : nullptr;
-    });
+    if (!isScaledSize(size)) return nullptr;
+    return unlessOutOfMemory([&]() -> ImageRef { return std::make_shared<ScaledImage>(bitmap_, size); });
   }
 
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
-    return unlessOutOfMemory(
-        [&] { return type == ImageType::png ? encodedPNG(bitmap_) : encodedJPEG(bitmap_, quality); });
+    return unlessOutOfMemory([&] {
+      if (type == ImageType::png) return encodedPNG(bitmap_);
+      return encodedJPEG(
+          bitmap_.size, [this, y = std::size_t{0}]() mutable { return rowOf(bitmap_, y++); }, quality);
+    });
   }
 
  private:

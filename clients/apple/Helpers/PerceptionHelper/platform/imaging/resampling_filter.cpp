@@ -1,0 +1,63 @@
+#include "platform/imaging/resampling_filter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <numeric>
+#include <span>
+
+namespace tavik::platform::imaging {
+namespace {
+
+constexpr double kLobes = 3;
+
+/// The product of two sincs (C. E. Duchon, "Lanczos Filtering in One and Two Dimensions", 1979).
+double lanczos(double x) {
+  const double angle = std::numbers::pi * x;
+  if (std::abs(angle) < 1e-6) return 1;
+  return kLobes * std::sin(angle) * std::sin(angle / kLobes) / (angle * angle);
+}
+
+std::int64_t mirrored(std::int64_t place, std::int64_t length) {
+  const std::int64_t inside = place < 0 ? -place - 1 : place >= length ? 2 * length - 1 - place : place;
+  return std::clamp<std::int64_t>(inside, 0, length - 1);
+}
+
+/// The weights in units of 1/kOne; what rounding leaves over goes to the heaviest.
+void inWholeUnits(std::span<const double> weights, std::span<std::int16_t> units) {
+  const double scale = ResamplingFilter::kOne / std::accumulate(weights.begin(), weights.end(), 0.0);
+  std::ranges::transform(weights, units.begin(),
+                         [&](double weight) { return static_cast<std::int16_t>(std::lround(weight * scale)); });
+  const auto sum = std::accumulate(units.begin(), units.end(), std::int32_t{0});
+  auto& heaviest = *std::ranges::max_element(units);
+  heaviest = static_cast<std::int16_t>(heaviest + ResamplingFilter::kOne - sum);
+}
+
+}  // namespace
+
+ResamplingFilter lanczosFilter(std::int64_t from, std::int64_t to) {
+  const double step = static_cast<double>(from) / static_cast<double>(to);
+  const double widening = std::max(step, 1.0);
+  const double reach = kLobes * widening;
+  const auto taps = std::min(from, static_cast<std::int64_t>(2 * reach) + 1);
+  const auto places = static_cast<std::size_t>(to);
+  ResamplingFilter filter{.taps = static_cast<std::size_t>(taps + taps % 2)};
+  filter.first.resize(places);
+  filter.weights.resize(places * filter.taps);
+  std::vector<double> weights(static_cast<std::size_t>(taps));
+  for (std::size_t place = 0; place < places; ++place) {
+    const double centre = (static_cast<double>(place) + 0.5) * step - 0.5;
+    const auto begin = static_cast<std::int64_t>(std::ceil(centre - reach));
+    const auto first = std::clamp<std::int64_t>(begin, 0, from - taps);
+    std::ranges::fill(weights, 0.0);
+    for (std::int64_t tap = begin; static_cast<double>(tap) <= centre + reach; ++tap) {
+      const double weight = lanczos((static_cast<double>(tap) - centre) / widening);
+      weights[static_cast<std::size_t>(mirrored(tap, from) - first)] += weight;
+    }
+    inWholeUnits(weights, std::span(filter.weights).subspan(place * filter.taps, weights.size()));
+    filter.first[place] = static_cast<std::size_t>(first);
+  }
+  return filter;
+}
+
+}  // namespace tavik::platform::imaging
