@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/file_descriptor.h"
 #include "platform/linux/process_evidence.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace tavik::platform::desktop_entries {
 namespace {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "platform/accessibility.h"
@@ -22,5 +24,9 @@ struct Platform {
 /// The desktop that the program runs on. Defined once by each backend. Opens no connection: that waits for the first
 /// question that needs it, so that a request that asks nothing of the desktop costs nothing.
 Platform makePlatform();
+
+/// Runs `pass`, on whatever thread, while the main one serves what the platform needs of it, and ends the process with
+/// the status that it returns. Called once, by the main thread. Defined once by each backend.
+[[noreturn]] void runToExit(std::function<std::int32_t()> pass);
 
 }  // namespace tavik::platform

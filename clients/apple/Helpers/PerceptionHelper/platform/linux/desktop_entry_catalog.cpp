@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "platform/linux/glib_library.h"
-#include "platform/linux/regular_file.h"
+#include "platform/posix/regular_file.h"
 #include "text/utf8.h"
 
 namespace tavik::platform::desktop_entries {

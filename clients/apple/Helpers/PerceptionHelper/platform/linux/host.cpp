@@ -2,13 +2,11 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <pwd.h>
 #include <system_error>
 #include <unistd.h>
 
-#include "platform/linux/regular_file.h"
-#include "text/utf8.h"
+#include "platform/posix/utf8_file.h"
 
 namespace tavik::platform::posix {
 namespace {
@@ -31,13 +29,7 @@ struct LinuxHost final : Host {
     return fs::exists(path, error);
   }
 
-  std::optional<std::string> readUTF8File(const std::string& path) const override {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    auto text = readRegularFile(path, std::numeric_limits<std::size_t>::max());
-    if (!text || !text::isValidUTF8(*text)) return std::nullopt;
-    if (text->starts_with(byteOrderMark)) text->erase(0, byteOrderMark.size());
-    return text;
-  }
+  std::optional<std::string> readUTF8File(const std::string& path) const override { return posix::readUTF8File(path); }
 
   std::optional<std::string> pathForResource(std::string_view name, std::string_view type) const override {
     std::error_code error;

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <limits>
 #include <malloc.h>
 #include <memory>
@@ -6,12 +7,12 @@
 #include "platform/linux/accessibility.h"
 #include "platform/linux/host.h"
 #include "platform/linux/managed_windows.h"
-#include "platform/linux/standard_streams.h"
 #include "platform/linux/x_connection.h"
 #include "platform/linux/x_property.h"
 #include "platform/linux/x_screen_capture.h"
 #include "platform/linux/x_workspace.h"
 #include "platform/platform.h"
+#include "platform/posix/standard_streams.h"
 
 namespace tavik::platform {
 namespace {
@@ -52,5 +53,7 @@ Platform makePlatform() {
                .accessibilityBusAddress = [connection] { return accessibilityBusAddress(*connection); }}),
           .screenCapture = x11::makeScreenCapture(connection)};
 }
+
+void runToExit(std::function<std::int32_t()> pass) { std::exit(pass()); }
 
 }  // namespace tavik::platform

@@ -16,8 +16,8 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/linux/file_descriptor.h"
-#include "platform/linux/regular_file.h"
+#include "platform/posix/file_descriptor.h"
+#include "platform/posix/regular_file.h"
 
 namespace tavik::platform::posix {
 namespace {

@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "platform/linux/key_file.h"
-#include "platform/linux/regular_file.h"
+#include "platform/posix/regular_file.h"
 #include "text/utf8.h"
 
 namespace tavik::platform::posix {

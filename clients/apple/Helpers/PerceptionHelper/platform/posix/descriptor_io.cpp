@@ -1,4 +1,4 @@
-#include "platform/linux/descriptor_io.h"
+#include "platform/posix/descriptor_io.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,10 +1,10 @@
-#include "platform/linux/standard_streams.h"
+#include "platform/posix/standard_streams.h"
 
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "platform/linux/descriptor_io.h"
+#include "platform/posix/descriptor_io.h"
 
 namespace tavik::platform::posix {
 namespace {

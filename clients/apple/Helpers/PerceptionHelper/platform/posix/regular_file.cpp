@@ -1,11 +1,11 @@
-#include "platform/linux/regular_file.h"
+#include "platform/posix/regular_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <utility>
 
-#include "platform/linux/descriptor_io.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/posix/descriptor_io.h"
+#include "platform/posix/file_descriptor.h"
 
 namespace tavik::platform::posix {
 

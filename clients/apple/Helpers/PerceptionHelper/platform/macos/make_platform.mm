@@ -1,0 +1,19 @@
+#include "platform/macos/ax_accessibility.h"
+#include "platform/macos/ns_host.h"
+#include "platform/macos/ns_workspace.h"
+#include "platform/macos/sc_screen_capture.h"
+#include "platform/platform.h"
+#include "platform/posix/standard_streams.h"
+
+namespace tavik::platform {
+
+Platform makePlatform() {
+  auto streams = posix::makeStandardStreams();  // before anything can be opened
+  return {.host = macos::makeHost(),
+          .streams = std::move(streams),
+          .workspace = macos::makeWorkspace(),
+          .accessibility = macos::makeAccessibility(),
+          .screenCapture = macos::makeScreenCapture()};
+}
+
+}  // namespace tavik::platform

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/workspace.h"
+
+namespace tavik::platform::macos {
+
+/// AppKit's applications and screens. What changes in them is renewed only while the main run loop runs.
+std::unique_ptr<Workspace> makeWorkspace();
+
+}  // namespace tavik::platform::macos

@@ -1,0 +1,74 @@
+#include "platform/macos/ns_workspace.h"
+
+#import <AppKit/AppKit.h>
+
+#include "platform/geometry.h"
+#include "platform/macos/ns_string.h"
+
+namespace tavik::platform::macos {
+namespace {
+
+static_assert(NSApplicationActivationPolicyRegular == static_cast<NSInteger>(ActivationPolicy::regular));
+static_assert(NSApplicationActivationPolicyAccessory == static_cast<NSInteger>(ActivationPolicy::accessory));
+static_assert(NSApplicationActivationPolicyProhibited == static_cast<NSInteger>(ActivationPolicy::prohibited));
+
+class AppKitApplication final : public RunningApplication {
+ public:
+  explicit AppKitApplication(NSRunningApplication* application)
+      : application_(ObjCRef<NSRunningApplication*>::retaining(application)) {}
+
+  std::int32_t processIdentifier() const override { return [application_.get() processIdentifier]; }
+  std::optional<std::string> bundleIdentifier() const override { return utf8Of([application_.get() bundleIdentifier]); }
+  std::optional<std::string> localizedName() const override { return utf8Of([application_.get() localizedName]); }
+  ActivationPolicy activationPolicy() const override {
+    return static_cast<ActivationPolicy>([application_.get() activationPolicy]);
+  }
+
+ private:
+  ObjCRef<NSRunningApplication*> application_;
+};
+
+std::vector<RunningApplicationRef> toApplications(NSArray<NSRunningApplication*>* applications) {
+  std::vector<RunningApplicationRef> result;
+  for (NSUInteger i = 0; i < [applications count]; ++i)
+    result.push_back(std::make_shared<AppKitApplication>([applications objectAtIndex:i]));
+  return result;
+}
+
+/// The number as an integer; nothing when it is none, or a fraction.
+std::optional<std::int64_t> integerOf(id object) {
+  if (![object isKindOfClass:[NSNumber class]]) return std::nullopt;
+  const auto integer = truncated([object doubleValue]);
+  return integer && static_cast<double>(*integer) == [object doubleValue] ? integer : std::nullopt;
+}
+
+struct AppKitWorkspace final : Workspace {
+  std::vector<RunningApplicationRef> runningApplications() const override {
+    return toApplications([[NSWorkspace sharedWorkspace] runningApplications]);
+  }
+
+  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(
+      std::string_view identifier) const override {
+    const auto string = makeNSString(identifier);
+    if (string.get() == nil) return {};
+    return toApplications([NSRunningApplication runningApplicationsWithBundleIdentifier:string.get()]);
+  }
+
+  RunningApplicationRef frontmostApplication() const override {
+    NSRunningApplication* const frontmost = [[NSWorkspace sharedWorkspace] frontmostApplication];
+    return frontmost != nil ? std::make_shared<AppKitApplication>(frontmost) : nullptr;
+  }
+
+  std::optional<Screen> mainScreen() const override {
+    NSScreen* const screen = [NSScreen mainScreen];
+    if (screen == nil) return std::nullopt;
+    return Screen{.screenNumber = integerOf([[screen deviceDescription] objectForKey:@"NSScreenNumber"]),
+                  .backingScaleFactor = [screen backingScaleFactor]};
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Workspace> makeWorkspace() { return std::make_unique<AppKitWorkspace>(); }
+
+}  // namespace tavik::platform::macos

@@ -1,0 +1,115 @@
+#include "platform/macos/sc_screen_capture.h"
+
+#import <ScreenCaptureKit/ScreenCaptureKit.h>
+#include <utility>
+
+#include "platform/macos/cg_image.h"
+#include "platform/macos/ns_string.h"
+
+namespace tavik::platform::macos {
+namespace {
+
+Rect toRect(CGRect rect) { return {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}; }
+
+Display toDisplay(SCDisplay* display) {
+  return {.displayID = [display displayID], .width = [display width], .height = [display height]};
+}
+
+Window toWindow(SCWindow* window) {
+  SCRunningApplication* const owner = [window owningApplication];
+  return {.windowID = [window windowID],
+          .owningApplication = owner != nil ? std::optional(OwningApplication{[owner processID]}) : std::nullopt,
+          .isOnScreen = [window isOnScreen] != NO,
+          .windowLayer = [window windowLayer],
+          .frame = toRect([window frame])};
+}
+
+ShareableContent toShareableContent(SCShareableContent* content) {
+  ShareableContent result;
+  for (NSUInteger i = 0; i < [[content displays] count]; ++i)
+    result.displays.push_back(toDisplay([[content displays] objectAtIndex:i]));
+  for (NSUInteger i = 0; i < [[content windows] count]; ++i)
+    result.windows.push_back(toWindow([[content windows] objectAtIndex:i]));
+  return result;
+}
+
+PlatformError toError(NSError* error) {
+  return {utf8Of([error localizedDescription]).value_or("neither a value nor an error")};
+}
+
+SCDisplay* findDisplay(SCShareableContent* content, std::uint32_t displayID) {
+  for (NSUInteger i = 0; i < [[content displays] count]; ++i)
+    if ([[[content displays] objectAtIndex:i] displayID] == displayID) return [[content displays] objectAtIndex:i];
+  return nil;
+}
+
+SCWindow* findWindow(SCShareableContent* content, std::uint32_t windowID) {
+  for (NSUInteger i = 0; i < [[content windows] count]; ++i)
+    if ([[[content windows] objectAtIndex:i] windowID] == windowID) return [[content windows] objectAtIndex:i];
+  return nil;
+}
+
+/// Nil when the display or the window is not among the content.
+ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentFilter& filter) {
+  SCDisplay* const display = findDisplay(content, filter.display.displayID);
+  SCWindow* const window = filter.includedWindow ? findWindow(content, filter.includedWindow->windowID) : nil;
+  if (display == nil || (filter.includedWindow && window == nil)) return {};
+  using Owner = ObjCRef<SCContentFilter*>;
+  if (window != nil) {
+    NSArray<SCWindow*>* const alone = [NSArray arrayWithObject:window];
+    return Owner::owning([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
+  }
+  const auto none = ObjCRef<NSArray<SCWindow*>*>::owning([NSArray new]);
+  return Owner::owning([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
+}
+
+/// The numbers go to the system as they are, negative ones too.
+ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& configuration) {
+  auto result = ObjCRef<SCStreamConfiguration*>::owning([SCStreamConfiguration new]);
+  [result.get() setWidth:static_cast<std::size_t>(configuration.width)];
+  [result.get() setHeight:static_cast<std::size_t>(configuration.height)];
+  if (const auto& rect = configuration.sourceRect)
+    [result.get() setSourceRect:CGRectMake(rect->x, rect->y, rect->width, rect->height)];
+  [result.get() setShowsCursor:configuration.showsCursor ? YES : NO];
+  [result.get() setQueueDepth:configuration.queueDepth];
+  return result;
+}
+
+class ScreenCaptureKit final : public ScreenCapture {
+ public:
+  bool preflightScreenCaptureAccess() const override { return CGPreflightScreenCaptureAccess(); }
+
+  void getShareableContent(const ShareableContentOptions& options,
+                           CompletionHandler<ShareableContent> completionHandler) const override {
+    [SCShareableContent getShareableContentExcludingDesktopWindows:options.excludingDesktopWindows ? YES : NO
+                                               onScreenWindowsOnly:options.onScreenWindowsOnly ? YES : NO
+                                                 completionHandler:^(SCShareableContent* content, NSError* error) {
+                                                   if (error != nil || content == nil)
+                                                     return completionHandler(toError(error));
+                                                   content_ = ObjCRef<SCShareableContent*>::retaining(content);
+                                                   completionHandler(toShareableContent(content));
+                                                 }];
+  }
+
+  void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
+                    CompletionHandler<ImageRef> completionHandler) const override {
+    const auto contentFilter = makeFilter(content_.get(), filter);
+    if (contentFilter.get() == nil) return completionHandler(PlatformError{"this content has not been listed"});
+    [SCScreenshotManager captureImageWithFilter:contentFilter.get()
+                                  configuration:makeConfiguration(configuration).get()
+                              completionHandler:^(CGImageRef image, NSError* error) {
+                                if (error != nil || image == nullptr) return completionHandler(toError(error));
+                                completionHandler(makeImage(CFRef<CGImageRef>::retaining(image)));
+                              }];
+  }
+
+ private:
+  /// What was listed last: filters are made of its objects. Nobody reads it before the handler has been called.
+  mutable ObjCRef<SCShareableContent*> content_ = {};
+};
+
+}  // namespace
+
+std::unique_ptr<ScreenCapture> makeScreenCapture() { return std::make_unique<ScreenCaptureKit>(); }
+
+}  // namespace tavik::platform::macos
