@@ -1,0 +1,32 @@
+// The part of ApplicationServices that the backend uses, declared anew so that it compiles where there is no Apple SDK.
+#pragma once
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <sys/types.h>
+
+using AXUIElementRef = const struct __AXUIElement*;
+using AXValueRef = const struct __AXValue*;
+
+enum AXError : std::int32_t {
+  kAXErrorSuccess = 0,
+  kAXErrorIllegalArgument = -25201,
+  kAXErrorCannotComplete = -25204,
+  kAXErrorAttributeUnsupported = -25205,
+  kAXErrorNoValue = -25212,
+};
+enum AXValueType : std::uint32_t { kAXValueTypeCGPoint = 1, kAXValueTypeCGSize = 2, kAXValueTypeAXError = 5 };
+enum AXCopyMultipleAttributeOptions : std::uint32_t { kAXCopyMultipleAttributeOptionStopOnError = 1 };
+
+extern "C" {
+Boolean AXIsProcessTrusted();
+
+CFTypeID AXUIElementGetTypeID();
+AXUIElementRef AXUIElementCreateApplication(pid_t pid);
+AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value);
+AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,
+                                               AXCopyMultipleAttributeOptions options, CFArrayRef* values);
+
+CFTypeID AXValueGetTypeID();
+AXValueType AXValueGetType(AXValueRef value);
+Boolean AXValueGetValue(AXValueRef value, AXValueType type, void* result);
+}

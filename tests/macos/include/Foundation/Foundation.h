@@ -1,0 +1,87 @@
+// The part of Foundation that the backend uses, declared anew so that it compiles where there is no Apple SDK.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <sys/types.h>
+
+#ifdef __arm64__
+using BOOL = bool;
+#else
+using BOOL = signed char;
+#endif
+#define YES __objc_yes
+#define NO __objc_no
+#define nil nullptr
+
+using NSInteger = long;
+using NSUInteger = unsigned long;
+using CGFloat = double;
+using NSStringEncoding = NSUInteger;
+enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
+
+__attribute__((objc_root_class))
+@interface NSObject {
+  Class itsClass;
+}
++ (instancetype)alloc;
++ (instancetype)new;
++ (Class)class;
+- (instancetype)init;
+- (BOOL)isKindOfClass:(Class)kind;
+#if !__has_feature(objc_arc)
+- (instancetype)retain;
+- (void)release;
+- (instancetype)autorelease;
+@end
+
+@interface NSAutoreleasePool : NSObject
+- (void)drain;
+#endif
+@end
+
+@interface NSString : NSObject
+- (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding;
+@end
+
+@interface NSConstantString : NSString {
+  const char* bytes;
+  unsigned count;
+}
+@end
+
+@interface NSNumber : NSObject
+@property(readonly) double doubleValue;
+@end
+
+@interface NSArray<Element> : NSObject
+@property(readonly) NSUInteger count;
++ (instancetype)arrayWithObject:(Element)element;
+- (Element)objectAtIndex:(NSUInteger)index;
+@end
+
+@interface NSDictionary<Key, Value> : NSObject
+- (Value)objectForKey:(Key)key;
+@end
+
+@interface NSError : NSObject
+@property(readonly, copy) NSString* localizedDescription;
+@end
+
+@interface NSBundle : NSObject
+@property(class, readonly) NSBundle* mainBundle;
+- (NSString*)pathForResource:(NSString*)name ofType:(NSString*)type;
+@end
+
+@interface NSFileManager : NSObject
+@property(class, readonly) NSFileManager* defaultManager;
+- (BOOL)fileExistsAtPath:(NSString*)path;
+@end
+
+@interface NSProcessInfo : NSObject
+@property(class, readonly) NSProcessInfo* processInfo;
+@property(readonly, copy) NSDictionary<NSString*, NSString*>* environment;
+@end
+
+extern "C" {
+NSString* NSUserName();
+}

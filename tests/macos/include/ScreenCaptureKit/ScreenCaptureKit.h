@@ -1,0 +1,60 @@
+// The part of ScreenCaptureKit that the backend uses, declared anew so that it compiles where there is no Apple SDK.
+#pragma once
+
+#import <CoreGraphics/CoreGraphics.h>
+#import <Foundation/Foundation.h>
+
+#define TAVIK_SINCE(version) __attribute__((availability(macos, introduced = version)))
+
+TAVIK_SINCE(12.3)
+@interface SCRunningApplication : NSObject
+@property(readonly) pid_t processID;
+@end
+
+TAVIK_SINCE(12.3)
+@interface SCDisplay : NSObject
+@property(readonly) CGDirectDisplayID displayID;
+@property(readonly) NSInteger width;
+@property(readonly) NSInteger height;
+@end
+
+TAVIK_SINCE(12.3)
+@interface SCWindow : NSObject
+@property(readonly) CGWindowID windowID;
+@property(readonly) CGRect frame;
+@property(readonly) NSInteger windowLayer;
+@property(readonly) SCRunningApplication* owningApplication;
+@property(readonly, getter=isOnScreen) BOOL onScreen;
+@end
+
+TAVIK_SINCE(12.3)
+@interface SCShareableContent : NSObject
+@property(readonly) NSArray<SCDisplay*>* displays;
+@property(readonly) NSArray<SCWindow*>* windows;
++ (void)getShareableContentExcludingDesktopWindows:(BOOL)excludeDesktopWindows
+                               onScreenWindowsOnly:(BOOL)onScreenWindowsOnly
+                                 completionHandler:
+                                     (void (^)(SCShareableContent* content, NSError* error))completionHandler;
+@end
+
+TAVIK_SINCE(12.3)
+@interface SCContentFilter : NSObject
+- (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray<SCWindow*>*)excluded;
+- (instancetype)initWithDisplay:(SCDisplay*)display includingWindows:(NSArray<SCWindow*>*)included;
+@end
+
+TAVIK_SINCE(12.3)
+@interface SCStreamConfiguration : NSObject
+@property std::size_t width;
+@property std::size_t height;
+@property CGRect sourceRect;
+@property BOOL showsCursor;
+@property NSInteger queueDepth;
+@end
+
+TAVIK_SINCE(14.0)
+@interface SCScreenshotManager : NSObject
++ (void)captureImageWithFilter:(SCContentFilter*)filter
+                 configuration:(SCStreamConfiguration*)configuration
+             completionHandler:(void (^)(CGImageRef image, NSError* error))completionHandler;
+@end
