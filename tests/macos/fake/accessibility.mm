@@ -38,8 +38,9 @@ CFTypeRef batched(AXUIElementRef element, CFTypeRef name) {
   if (fails("a batched " + valueOf<std::string>(name))) return geometry(kAXValueTypeAXError, kAXErrorCannotComplete)();
   const auto* const make = attributeOf(element, name);
   const auto* const value = make != nullptr ? (*make)() : nullptr;
-  const auto error = make != nullptr ? kAXErrorNoValue : kAXErrorAttributeUnsupported;
-  return value != nullptr ? value : geometry(kAXValueTypeAXError, error)();
+  if (value != nullptr) return value;
+  if (fails("a reason in a batch")) return null()();
+  return geometry(kAXValueTypeAXError, make != nullptr ? kAXErrorNoValue : kAXErrorAttributeUnsupported)();
 }
 
 }  // namespace
