@@ -33,7 +33,7 @@ struct CFDictionaryKeyCallBacks;
 struct CFDictionaryValueCallBacks;
 
 enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
-enum CFNumberType : CFIndex { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 };
+enum CFNumberType : CFIndex { kCFNumberDoubleType = 13 };
 
 #define CFSTR(text) reinterpret_cast<CFStringRef>(__builtin___CFStringMakeConstantString(text))
 
