@@ -80,6 +80,16 @@ Maker field(const std::string& role, const std::string& value) {
   return element({{"AXRole", text(role)}, {"AXValue", text(value)}});
 }
 
+/// A child of a window below which the walk reaches its deepest level, where nobody may ask for children.
+Maker chainToTheDeepestLevel() {
+  Maker chain = element({{"AXHelp", text("deepest")}, {"AXChildren", [] {
+                                                         std::fputs("a list is read that nobody visits", stderr);
+                                                         return nullptr;
+                                                       }}});
+  for (int depth = 7; depth > 0; --depth) chain = element({{"AXChildren", list({chain})}});
+  return chain;
+}
+
 /// A window with everything that an element may say, truthful or not, and more children than are walked.
 Maker mailWindow() {
   std::vector<Maker> children{
@@ -100,6 +110,7 @@ Maker mailWindow() {
                {"AXSize", number(3)},
                {"AXChildren", list({field("AXImage", ""), text("a stranger")})}}),
   };
+  children.push_back(chainToTheDeepestLevel());
   while (children.size() < 60) children.push_back(element({{"AXHelp", text(std::to_string(children.size()))}}));
   return element({{"AXRole", text("AXWindow")},
                   {"AXTitle", text("Inbox")},
@@ -163,7 +174,10 @@ TEST(MacOS, ReadsTheSameTreeHoweverReadsFail) {
       R"({"role":"AXWindow","title":"Inbox","help":"Letters","description":"unread","frame":[-3,12,1200,900],"children":[
           {"role":"AXSecureTextField","value":"<redacted>"}, {"role":"AXSlider"},
           {"title":"a?z \uD83D\uDCEC","frame":[0,0,30,40]}, {}, {"frame":[0,0,0,0]}]})");
-  for (int i = 5; i < 50; ++i) tree.at("children").as_array().emplace_back(json::object{{"help", std::to_string(i)}});
+  json::value chain{{"help", "deepest"}};
+  for (int depth = 7; depth > 0; --depth) chain = json::object{{"children", json::array{chain}}};
+  tree.at("children").as_array().push_back(chain);
+  for (int i = 6; i < 50; ++i) tree.at("children").as_array().emplace_back(json::object{{"help", std::to_string(i)}});
   const std::string batch = "AXUIElementCopyMultipleAttributeValues", untouched = "an untouched out-parameter";
   const std::set<std::string> singles{"a single AXRole", "a single AXTitle", "a single AXValue", "a single AXPosition"};
   std::vector<Case> cases;

@@ -9,7 +9,6 @@ using AXValueRef = const struct __AXValue*;
 
 enum AXError : std::int32_t {
   kAXErrorSuccess = 0,
-  kAXErrorIllegalArgument = -25201,
   kAXErrorCannotComplete = -25204,
   kAXErrorAttributeUnsupported = -25205,
   kAXErrorNoValue = -25212,
@@ -27,6 +26,5 @@ AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRe
                                                AXCopyMultipleAttributeOptions options, CFArrayRef* values);
 
 CFTypeID AXValueGetTypeID();
-AXValueType AXValueGetType(AXValueRef value);
 Boolean AXValueGetValue(AXValueRef value, AXValueType type, void* result);
 }
