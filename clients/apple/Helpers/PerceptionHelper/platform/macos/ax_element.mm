@@ -17,8 +17,8 @@ static_assert(kAXErrorSuccess == 0);
 using Answers = std::map<std::string, std::optional<AttributeValue>, std::less<>>;
 
 /// What a walk reads of every element; the last one only of those whose children it visits.
-constexpr std::array kWalkedAttributes{"AXRole", "AXTitle",       "AXValue",    "AXHelp",
-                                       "AXSize", "AXDescription", "AXPosition", "AXChildren"};
+constexpr std::array kWalkedAttributes{"AXRole",        "AXTitle",    "AXValue", "AXHelp",
+                                       "AXDescription", "AXPosition", "AXSize",  "AXChildren"};
 
 class AXElement final : public UIElement {
  public:
