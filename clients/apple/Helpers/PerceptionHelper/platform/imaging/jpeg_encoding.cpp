@@ -1,13 +1,16 @@
 #include "platform/imaging/jpeg_encoding.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csetjmp>
 #include <cstdio>
-#include <cstdlib>
 #include <span>
+#include <utility>
 
 #include <jpeglib.h>
+
+#include "platform/imaging/file_bytes.h"
 
 namespace tavik::platform::imaging {
 namespace {
@@ -21,34 +24,58 @@ int percent(double quality) {
   return static_cast<int>(std::lround(std::min(quality, 1.0) * 100));
 }
 
-/// libjpeg's structure with its error handler, and the file that it makes.
+/// libjpeg's structure with its error handler and its destination, and the file that it makes. The library's own
+/// destination in memory loses its buffer when it fails.
 class Writer {
  public:
   Writer() {
     jpeg.err = jpeg_std_error(&errors_);
     jpeg.client_data = this;
-    errors_.error_exit = fail;
-    errors_.output_message = ignoreMessage;
+    errors_.error_exit = [](j_common_ptr failed) { self(failed).fail(); };
+    errors_.output_message = [](j_common_ptr) {};
+    destination_.init_destination = [](j_compress_ptr begun) { self(begun).takeNextPart(); };
+    destination_.empty_output_buffer = [](j_compress_ptr full) -> boolean { return self(full).flush(kPartBytes); };
+    destination_.term_destination = [](j_compress_ptr done) {
+      self(done).flush(kPartBytes - self(done).destination_.free_in_buffer);
+    };
   }
-  ~Writer() {
-    jpeg_destroy_compress(&jpeg);
-    std::free(bytes);
-  }
+  ~Writer() { jpeg_destroy_compress(&jpeg); }
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
 
+  void create() {
+    jpeg_create_compress(&jpeg);
+    jpeg.dest = &destination_;
+  }
+
   jpeg_compress_struct jpeg = {};
-  unsigned char* bytes = nullptr;
-  unsigned long length = 0;
+  FileBytes file = {};
   std::jmp_buf afterFailure = {};
 
  private:
-  [[noreturn]] static void fail(j_common_ptr jpeg) {
-    std::longjmp(static_cast<Writer*>(jpeg->client_data)->afterFailure, 1);
+  static constexpr std::size_t kPartBytes = 16384;
+
+  template <class JPEG>
+  static Writer& self(JPEG jpeg) {
+    return *static_cast<Writer*>(jpeg->client_data);
   }
-  static void ignoreMessage(j_common_ptr) {}
+
+  [[noreturn]] void fail() { std::longjmp(afterFailure, 1); }
+
+  boolean flush(std::size_t count) {
+    if (!append(file, std::span(part_).first(count))) fail();
+    takeNextPart();
+    return TRUE;
+  }
+
+  void takeNextPart() {
+    destination_.next_output_byte = part_.data();
+    destination_.free_in_buffer = part_.size();
+  }
 
   jpeg_error_mgr errors_ = {};
+  jpeg_destination_mgr destination_ = {};
+  std::array<std::uint8_t, kPartBytes> part_;
 };
 
 /// Premultiplied colour is what the picture shows on black: the alpha byte is skipped like padding.
@@ -66,8 +93,7 @@ void setParameters(jpeg_compress_struct& jpeg, PixelSize size, int quality) {
 /// False when libjpeg fails, which then jumps to the first line: nothing that has a destructor may live in here.
 bool writeFile(Writer& writer, PixelSize size, const std::function<const std::uint8_t*()>& nextRow, int quality) {
   if (setjmp(writer.afterFailure)) return false;
-  jpeg_create_compress(&writer.jpeg);
-  jpeg_mem_dest(&writer.jpeg, &writer.bytes, &writer.length);
+  writer.create();
   setParameters(writer.jpeg, size, quality);
   jpeg_start_compress(&writer.jpeg, TRUE);
   for (std::int64_t y = 0; y < size.height; ++y) {
@@ -84,8 +110,7 @@ std::optional<std::vector<std::byte>> encodedJPEG(PixelSize size, const std::fun
                                                   std::optional<double> quality) {
   Writer writer;
   if (!writeFile(writer, size, nextRow, percent(quality.value_or(kDefaultQuality)))) return std::nullopt;
-  const auto bytes = std::as_bytes(std::span(writer.bytes, writer.length));
-  return std::vector(bytes.begin(), bytes.end());
+  return std::move(writer.file);
 }
 
 }  // namespace tavik::platform::imaging

@@ -2,19 +2,16 @@
 
 #include <csetjmp>
 #include <cstdint>
-#include <new>
 #include <span>
 
 #include <png.h>
 
 #include "platform/imaging/deflate_stream.h"
+#include "platform/imaging/file_bytes.h"
 #include "platform/imaging/png_rows.h"
 
 namespace tavik::platform::imaging {
 namespace {
-
-/// A file under construction in memory.
-using File = std::vector<std::byte>;
 
 /// The owner of libpng's two structures, which are released together. Both pointers may be null.
 class Writer {
@@ -34,18 +31,8 @@ class Writer {
   static void ignoreWarning(png_structp, png_const_charp) {}
 };
 
-bool append(File& file, png_const_bytep bytes, std::size_t count) noexcept {
-  try {
-    const auto* first = reinterpret_cast<const std::byte*>(bytes);
-    file.insert(file.end(), first, first + count);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
 void appendToFile(png_structp png, png_bytep bytes, std::size_t count) {
-  if (!append(*static_cast<File*>(png_get_io_ptr(png)), bytes, count)) png_error(png, "out of memory");
+  if (!append(*static_cast<FileBytes*>(png_get_io_ptr(png)), {bytes, count})) png_error(png, "out of memory");
 }
 
 void ignoreFlush(png_structp) {}
@@ -60,7 +47,7 @@ struct Job {
   bool translucent;
   PNGRows rows;
   DeflateStream stream = {};
-  File file = {};
+  FileBytes file = {};
 };
 
 /// False when libpng fails, which then jumps to the first line: nothing that has a destructor may live in here. Pixels

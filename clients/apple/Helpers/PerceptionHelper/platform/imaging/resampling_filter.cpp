@@ -15,6 +15,7 @@ constexpr double kLobes = 3;
 double lanczos(double x) {
   const double angle = std::numbers::pi * x;
   if (std::abs(angle) < 1e-6) return 1;
+  if (std::abs(x) >= kLobes) return 0;
   return kLobes * std::sin(angle) * std::sin(angle / kLobes) / (angle * angle);
 }
 
@@ -39,7 +40,8 @@ ResamplingFilter lanczosFilter(std::int64_t from, std::int64_t to) {
   const double step = static_cast<double>(from) / static_cast<double>(to);
   const double widening = std::max(step, 1.0);
   const double reach = kLobes * widening;
-  const auto taps = std::min(from, static_cast<std::int64_t>(2 * reach) + 1);
+  const auto window = static_cast<std::int64_t>(2 * reach) + 1;
+  const auto taps = std::min(from, window);
   const auto places = static_cast<std::size_t>(to);
   ResamplingFilter filter{.taps = static_cast<std::size_t>(taps + taps % 2)};
   filter.first.resize(places);
@@ -50,7 +52,7 @@ ResamplingFilter lanczosFilter(std::int64_t from, std::int64_t to) {
     const auto begin = static_cast<std::int64_t>(std::ceil(centre - reach));
     const auto first = std::clamp<std::int64_t>(begin, 0, from - taps);
     std::ranges::fill(weights, 0.0);
-    for (std::int64_t tap = begin; static_cast<double>(tap) <= centre + reach; ++tap) {
+    for (std::int64_t tap = begin; tap < begin + window; ++tap) {
       const double weight = lanczos((static_cast<double>(tap) - centre) / widening);
       weights[static_cast<std::size_t>(mirrored(tap, from) - first)] += weight;
     }
