@@ -20,7 +20,7 @@ ScaledRows::ScaledRows(const Bitmap& source, PixelSize size)
       height_(static_cast<std::size_t>(size.height)),
       strips_((height_ + kRowsPerStrip - 1) / kRowsPerStrip),
       rowBytes_(static_cast<std::size_t>(size.width) * kBytesPerPixel),
-      rows_(std::min(height_, kRowsPerStrip * kRoom) * rowBytes_),
+      rows_(std::make_unique_for_overwrite<std::uint8_t[]>(std::min(height_, kRowsPerStrip * kRoom) * rowBytes_)),
       workspace_(scaler_.makeWorkspace()) {
   if (source.size.width * source.size.height >= kLargeSource && std::thread::hardware_concurrency() > 1) startHelper();
 }

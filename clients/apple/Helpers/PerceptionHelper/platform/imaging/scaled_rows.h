@@ -4,9 +4,9 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <thread>
-#include <vector>
 
 #include "platform/imaging/row_scaler.h"
 
@@ -34,13 +34,13 @@ class ScaledRows {
   /// A strip that nobody has begun and that there is room for.
   std::optional<std::size_t> claim();
   void make(std::size_t strip, RowScaler::Workspace& workspace);
-  std::uint8_t* rowAt(std::size_t y) { return rows_.data() + y % (kRowsPerStrip * kRoom) * rowBytes_; }
+  std::uint8_t* rowAt(std::size_t y) { return rows_.get() + y % (kRowsPerStrip * kRoom) * rowBytes_; }
 
   RowScaler scaler_;
   std::size_t height_;
   std::size_t strips_;
   std::size_t rowBytes_;
-  std::vector<std::uint8_t> rows_;
+  std::unique_ptr<std::uint8_t[]> rows_;
   std::size_t nextRow_ = 0;
   std::atomic<std::size_t> claimed_ = 0;   ///< strips that somebody has begun
   std::atomic<std::size_t> released_ = 0;  ///< strips that the caller is done with
