@@ -1,29 +1,25 @@
-"""Checks who includes whom in the program's folders, and that only the backends see the system's headers."""
+"""Checks who includes whom in the program's folders, by the table in CONTRIBUTING.md, and that only the backends see the
+system's headers.
+
+    include_directions.py PROJECT_FOLDER PROGRAM_FOLDER
+"""
 
 import re
 import sys
+from collections import Counter
 from pathlib import Path
 
 CORE = ["text", "platform", "protocol", "policy", "target", "accessibility", "capture", "driver"]
-ANY = [""]
 
-# Folder -> the folders of ours, all above it in this table, that it may include besides itself, and how the headers of
-# libraries begin that it may include besides the C++ standard library's.
-MAY_INCLUDE: dict[str, tuple[list[str], list[str]]] = {
-    "text": ([], ["utf8proc.h"]),
-    "platform": (["text"], []),
-    "platform/imaging": (["platform", "text"], ["simde/", "jpeglib.h", "png.h", "isa-l/"]),
-    "platform/posix": (["platform", "text"], ANY),
-    "platform/linux": (["platform", "platform/imaging", "platform/posix", "text"], ANY),
-    "platform/macos": (["platform", "platform/posix", "text"], ANY),
-    "protocol": (["platform", "text"], ["boost/json"]),
-    "policy": (["platform", "text"], []),
-    "target": (["platform", "text", "protocol"], ["boost/json"]),
-    "accessibility": (["platform", "text", "protocol", "target", "policy"], ["boost/json"]),
-    "capture": (["platform", "text", "protocol", "target"], ["boost/asio"]),
-    "driver": (CORE[:-1], ["boost/asio", "boost/json"]),
-    "": (["driver", "platform"], []),  # main.cpp
-}
+
+def table_of(contributing: Path) -> dict[str, tuple[list[str], list[str]]]:
+    """Folder -> the folders of ours that it may include besides itself, and how the headers of libraries begin that it may
+    include besides the C++ standard library's. The main program's folder is ""."""
+    row = re.compile(r"^\| `([^`]+)` \|[^|]*\|([^|]*)\|([^|]*)\|$", re.MULTILINE)
+    names = re.compile(r"`([^`]+)`")
+    return {"" if folder == "main.cpp" else folder: (names.findall(ours), [""] if "any" in libraries else names.findall(libraries))
+            for folder, ours, libraries in row.findall(contributing.read_text(encoding="utf-8"))}
+
 
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s+(["<])([^">]+)[">]', re.MULTILINE)
 # Headers of the C++ standard library have no suffix, but for the C library's old names, which nobody here uses.
@@ -54,10 +50,13 @@ def faults_of(root: Path, file: Path) -> list[str]:
     return faults
 
 
-root = Path(sys.argv[1])
+MAY_INCLUDE = table_of(Path(sys.argv[1]) / "CONTRIBUTING.md")
+root = Path(sys.argv[2])
 files = sorted(path for path in root.rglob("*") if path.suffix in {".h", ".cpp", ".mm"})
 faults = [fault for file in files for fault in faults_of(root, file)]
 for place, (folder, (ours, _)) in enumerate(MAY_INCLUDE.items()):
     faults += [f"{folder}: {other} is not above it" for other in ours if other not in list(MAY_INCLUDE)[:place]]
+headers = Counter(file.name for file in files if file.suffix == ".h")
+faults += [f"{name}: {count} headers have that name" for name, count in headers.items() if count > 1]
 print("\n".join(faults) or f"{len(files)} files include only what they may")
 sys.exit(1 if faults or not files else 0)

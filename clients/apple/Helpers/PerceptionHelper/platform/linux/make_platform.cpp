@@ -1,36 +1,46 @@
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <limits>
 #include <malloc.h>
 #include <memory>
 #include <utility>
 
-#include "platform/linux/accessibility.h"
-#include "platform/linux/host.h"
-#include "platform/linux/managed_windows.h"
-#include "platform/linux/x_connection.h"
-#include "platform/linux/x_property.h"
-#include "platform/linux/x_screen_capture.h"
-#include "platform/linux/x_workspace.h"
+#include "platform/linux/atspi/atspi_accessibility.h"
+#include "platform/linux/atspi_over_x11.h"
+#include "platform/linux/linux_host.h"
+#include "platform/linux/x11/x_screen_capture.h"
+#include "platform/linux/x11/x_workspace.h"
 #include "platform/platform.h"
-#include "platform/posix/standard_streams.h"
+#include "platform/posix/posix_standard_streams.h"
 
 namespace tavik::platform {
 namespace {
 
-using x11::XConnection;
+/// What a window system contributes to a platform.
+struct Contribution {
+  std::unique_ptr<Workspace> workspace = {};
+  std::unique_ptr<ScreenCapture> screenCapture = {};
+  atspi::WindowSystem windowSystem = {};
+};
 
-std::vector<x11::ManagedWindow> windowsOfProcess(XConnection& connection, std::int32_t processID) {
-  auto windows = x11::managedWindows(connection);
-  std::erase_if(windows, [&](const x11::ManagedWindow& window) { return window.processID != processID; });
-  return windows;
+Contribution contributionOfX11() {
+  const auto connection = std::make_shared<x11::XConnection>();
+  return {.workspace = x11::makeWorkspace(connection),
+          .screenCapture = x11::makeScreenCapture(connection),
+          .windowSystem = windowSystemOf(connection)};
 }
 
-std::optional<std::string> accessibilityBusAddress(XConnection& connection) {
-  if (!connection.isReachable()) return std::nullopt;
-  const auto cookie = x11::requestProperty(connection, connection.root(), connection.atom(x11::Atom::atspiBus));
-  auto address = x11::textOf(x11::property(connection, cookie));
-  return address.empty() ? std::nullopt : std::optional(std::move(address));
-}
+struct WindowSystemRow {
+  bool (*isMeant)();  ///< by the process's environment; connects to nothing
+  Contribution (*contribution)();
+};
+
+/// Tried in order. The last one is meant by every environment: where there is none of its kind either, it finds
+/// nothing.
+constexpr std::array kWindowSystems{
+    WindowSystemRow{.isMeant = [] { return true; }, .contribution = &contributionOfX11},
+};
 
 /// Has the C library give freed memory to what comes next rather than back to the system: on fresh pages, the first
 /// touch costs more than the copy that is written there. 32 MiB is the most that it takes (mallopt(3)).
@@ -44,14 +54,13 @@ void keepFreedMemory() {
 Platform makePlatform() {
   keepFreedMemory();
   auto streams = posix::makeStandardStreams();  // before anything can be opened
-  const auto connection = std::make_shared<XConnection>();
-  return {.host = posix::makeHost(),
+  const auto* const chosen = std::ranges::find_if(kWindowSystems, [](const auto& row) { return row.isMeant(); });
+  auto contribution = chosen->contribution();
+  return {.host = makeLinuxHost(),
           .streams = std::move(streams),
-          .workspace = x11::makeWorkspace(connection),
-          .accessibility = atspi::makeAccessibility(
-              {.windowsOfProcess = [connection](std::int32_t pid) { return windowsOfProcess(*connection, pid); },
-               .accessibilityBusAddress = [connection] { return accessibilityBusAddress(*connection); }}),
-          .screenCapture = x11::makeScreenCapture(connection)};
+          .workspace = std::move(contribution.workspace),
+          .accessibility = atspi::makeAccessibility(std::move(contribution.windowSystem)),
+          .screenCapture = std::move(contribution.screenCapture)};
 }
 
 void runToExit(std::function<std::int32_t()> pass) { std::exit(pass()); }

@@ -3,7 +3,7 @@
 #include "platform/macos/ns_workspace.h"
 #include "platform/macos/sc_screen_capture.h"
 #include "platform/platform.h"
-#include "platform/posix/standard_streams.h"
+#include "platform/posix/posix_standard_streams.h"
 
 namespace tavik::platform {
 

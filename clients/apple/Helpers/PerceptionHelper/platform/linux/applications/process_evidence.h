@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// What the proc file system tells about a process. Empty when it tells nothing: the process is gone, or another
+/// user's.
+namespace tavik::platform::applications {
+
+/// The application's name by its Flatpak sandbox. Valid UTF-8.
+std::string flatpakID(std::int32_t processID);
+
+/// Which run of a Flatpak application the process belongs to: its own processes, and the proxy through which they reach
+/// D-Bus, have it in common, and nobody else has. Valid UTF-8.
+std::string flatpakInstance(std::int32_t processID);
+
+/// The base name of the file that the process runs, also when an update has replaced that file. Valid UTF-8.
+std::string executableName(std::int32_t processID);
+
+/// The name that the kernel has for the process, at most 15 bytes long. Valid UTF-8.
+std::string processName(std::int32_t processID);
+
+}  // namespace tavik::platform::applications

@@ -1,0 +1,78 @@
+#include "platform/linux/atspi/atspi_accessibility.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "platform/linux/atspi/accessibility_bus.h"
+#include "platform/linux/atspi/application.h"
+#include "platform/linux/atspi/registry.h"
+#include "platform/linux/atspi/tree.h"
+
+namespace tavik::platform::atspi {
+namespace {
+
+/// The desktop as all applications share it: connected to when first asked for.
+class Desktop {
+ public:
+  explicit Desktop(WindowSystem windowSystem) : windowSystem_(std::move(windowSystem)) {}
+
+  const dbus::Bus& bus() {
+    if (!std::exchange(isConnected_, true)) bus_ = connectToAccessibilityBus(windowSystem_.accessibilityBusAddress);
+    return bus_;
+  }
+
+  std::shared_ptr<const Element> findRoot(std::int32_t processID) {
+    if (!bus()) return nullptr;
+    auto session = std::make_shared<Session>(bus());
+    const auto root = findApplication(session->conversation, processID);
+    return root ? std::make_shared<const Element>(std::move(session), *root, Point{}) : nullptr;
+  }
+
+  std::vector<DesktopWindow> windowsOf(std::int32_t processID) const {
+    return windowSystem_.windowsOfProcess(processID);
+  }
+
+ private:
+  WindowSystem windowSystem_;
+  bool isConnected_ = false;
+  dbus::Bus bus_;
+};
+
+class AtspiAccessibility final : public Accessibility {
+ public:
+  explicit AtspiAccessibility(WindowSystem windowSystem)
+      : desktop_(std::make_shared<Desktop>(std::move(windowSystem))) {}
+
+  bool isProcessTrusted() const override { return desktop_->bus() != nullptr; }
+
+  UIElementRef createApplication(std::int32_t processID) const override {
+    return std::make_shared<const Application>(
+        [desktop = desktop_, processID] { return desktop->findRoot(processID); },
+        [desktop = desktop_, processID] { return desktop->windowsOf(processID); });
+  }
+
+  void prefetch(const UIElementRef& element, int maxDepth, int maxChildren) const override {
+    const auto* const application = dynamic_cast<const Application*>(element.get());
+    const auto* const root = application ? application->root() : dynamic_cast<const Element*>(element.get());
+    if (!root) return;
+    constexpr unsigned kFacts =
+        fact::role | fact::name | fact::text | fact::helpText | fact::description | fact::extents;
+    readTree(*root, {.maxDepth = maxDepth,
+                     .maxChildren = static_cast<std::size_t>(std::max(maxChildren, 0)),
+                     .maxElements = SIZE_MAX,
+                     .facts = kFacts});
+  }
+
+ private:
+  std::shared_ptr<Desktop> desktop_;
+};
+
+}  // namespace
+
+std::unique_ptr<Accessibility> makeAccessibility(WindowSystem windowSystem) {
+  return std::make_unique<AtspiAccessibility>(std::move(windowSystem));
+}
+
+}  // namespace tavik::platform::atspi

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi/reply.h"
+#include "platform/linux/atspi/session.h"
+#include "platform/linux/atspi/window_matching.h"
+#include "platform/linux/dbus/conversation.h"
+
+namespace tavik::platform::atspi {
+
+/// What can be asked of an object, apart from its children. Several are combined with |.
+namespace fact {
+constexpr unsigned role = 1;
+constexpr unsigned states = 2;
+constexpr unsigned name = 4;
+constexpr unsigned description = 8;
+constexpr unsigned helpText = 16;
+constexpr unsigned text = 32;
+constexpr unsigned extents = 64;
+}  // namespace fact
+
+class Element;
+
+/// What is known of an object so far.
+struct Knowledge {
+  std::optional<std::string_view> role = {};  ///< the AX role
+  std::optional<States> states = {};
+  std::optional<Interfaces> interfaces = {};
+  std::optional<std::string> name = {};
+  std::optional<std::string> description = {};
+  std::optional<std::string> helpText = {};
+  std::optional<std::string> text = {};
+  std::optional<Extents> extents = {};
+  std::optional<Point> offset = {};  ///< what extents in its window have to be moved by, if that is known
+  std::vector<std::shared_ptr<const Element>> children = {};
+};
+
+/// An object of an accessibility tree. Asks for each thing at most once, when it is first wanted, and keeps what it was
+/// told: a thing that could not be read then stays unread. The session has to be settled while the element is alive.
+class Element final : public UIElement {
+ public:
+  static constexpr std::size_t kAllChildren = SIZE_MAX;
+  Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset);
+
+  /// An element whose role could not be read has no "AXValue" either, because what must not be shown is told by the
+  /// role. "AXValue" is the text of the Text interface as the toolkit gives it to anyone, bullets for a password; it is
+  /// asked for without the number of its characters, for which GTK 4.8 gives away hidden text. A text that only holds
+  /// the places of embedded objects, as Chromium's containers have, is none.
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override;
+
+  /// Asks for those facts that have not been asked for. They are known once the session has settled.
+  void ask(unsigned facts) const;
+  /// Calls `then` when the object's interfaces are known, or known to be unreadable.
+  void withInterfaces(const std::function<void()>& then) const;
+  /// Calls `then` when the children are known: at least the first `limit`, all of them when they are not many more.
+  void withChildren(std::size_t limit, const std::function<void()>& then) const;
+
+  const std::shared_ptr<Session>& session() const { return session_; }
+  const dbus::Reference& reference() const { return reference_; }
+  const Knowledge& known() const { return known_; }
+  /// For a window, before its children are known.
+  void setOffset(std::optional<Point> offset) const { known_.offset = offset; }
+
+ private:
+  void askRole() const;
+  void askHelpText() const;
+  void askText() const;
+  void askExtents() const;
+  void askString(const char* property, std::optional<std::string>& result) const;
+  void askAllChildren(std::size_t limit, const std::function<void()>& then) const;
+  void askChildrenByIndex(std::size_t limit, const std::function<void()>& then) const;
+  void adopt(std::vector<dbus::Reference> references) const;
+  std::optional<std::string> admitted(std::optional<std::string> text) const;
+
+  std::shared_ptr<Session> session_;
+  dbus::Reference reference_;
+  mutable Knowledge known_;
+  mutable unsigned asked_ = 0;
+  mutable bool askedInterfaces_ = false;
+  mutable bool askedChildren_ = false;
+};
+
+}  // namespace tavik::platform::atspi

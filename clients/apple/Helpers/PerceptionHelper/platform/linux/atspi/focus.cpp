@@ -1,0 +1,64 @@
+#include "platform/linux/atspi/focus.h"
+
+#include <cstdint>
+#include <optional>
+
+#include "platform/linux/atspi/tree.h"
+
+namespace tavik::platform::atspi {
+namespace {
+
+using ElementRef = std::shared_ptr<const Element>;
+
+constexpr TreeBounds kSearchBounds{.maxDepth = 32, .maxChildren = 200, .maxElements = 10'000, .facts = fact::states};
+
+/// An element of the same window about which nothing has been read.
+ElementRef freshElement(const Element& window, dbus::Reference reference) {
+  return std::make_shared<const Element>(window.session(), std::move(reference), window.known().offset);
+}
+
+/// Asks for the objects below a window that have the state FOCUSED. Nothing when the window cannot be asked.
+std::optional<std::vector<dbus::Reference>> collectFocused(const Element& window) {
+  std::optional<std::vector<dbus::Reference>> focused;
+  const auto handler = [&focused](const dbus::Answer& answer) { focused = readReferences(answer.reply, 1); };
+  constexpr std::int32_t kMatchAll = 1;
+  constexpr std::uint32_t kCanonicalOrder = 1;
+  constexpr auto kStates = static_cast<std::int32_t>(kFocused);
+  // The rule: states, attributes, roles and interfaces, each with its kind of match; not inverted. Then the order, how
+  // many are wanted, and whether to look below the window's own children.
+  window.session()->conversation.ask(window.reference(), kCollection, "GetMatches", handler, "(aiia{ss}iaiiasib)uib", 2,
+                                     kStates, 0, kMatchAll, 0, kMatchAll, 0, kMatchAll, 0, kMatchAll, 0,
+                                     kCanonicalOrder, 1, 1);
+  window.session()->conversation.settle();
+  return focused;
+}
+
+/// Takes what it reads off the bounds.
+ElementRef searchFocused(const Element& window, TreeBounds& bounds) {
+  const ElementRef root = freshElement(window, window.reference());
+  bounds.maxElements -= readTree(*root, bounds);
+  const Element* focused = findFocused(*root);
+  return focused ? freshElement(window, focused->reference()) : nullptr;
+}
+
+ElementRef focusedElementIn(const Element& window, TreeBounds& bounds) {
+  window.withInterfaces([] {});
+  window.session()->conversation.settle();
+  if (window.known().interfaces && window.known().interfaces->collection) {
+    if (const auto focused = collectFocused(window))
+      return focused->empty() ? nullptr : freshElement(window, focused->front());
+  }
+  return searchFocused(window, bounds);
+}
+
+}  // namespace
+
+std::shared_ptr<const Element> focusedElement(const std::vector<std::shared_ptr<const Element>>& windows) {
+  TreeBounds bounds = kSearchBounds;
+  for (const auto& window : windows) {
+    if (auto focused = focusedElementIn(*window, bounds)) return focused;
+  }
+  return nullptr;
+}
+
+}  // namespace tavik::platform::atspi

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "platform/linux/dbus/bus.h"
+#include "platform/linux/dbus/conversation.h"
+#include "platform/linux/dbus/patience.h"
+
+namespace tavik::platform::atspi {
+
+/// What Component.GetExtents counts from (AtspiCoordType).
+enum class Coordinates : std::uint32_t { screen = 0, window = 1 };
+
+/// What the elements of one application share: the conversation with it, and how much of it is still taken. The limits
+/// are far beyond any real interface: they keep an endless tree, or one that contains itself, from filling the memory.
+struct Session {
+  explicit Session(dbus::Bus bus, dbus::Patience patience = dbus::Patience())
+      : conversation(std::move(bus), std::move(patience)) {}
+
+  dbus::Conversation conversation;
+  Coordinates coordinates = Coordinates::screen;
+  std::size_t elementsLeft = 100'000;
+  std::size_t textBytesLeft = std::size_t{256} << 20U;
+  std::set<std::string> withoutHelpText = {};  ///< bus names whose toolkit knows no HelpText, a property of newer ones
+};
+
+}  // namespace tavik::platform::atspi

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/geometry.h"
+
+/// What accessibility wants of the window system, whichever that is.
+namespace tavik::platform::atspi {
+
+/// A window as the window system has it. Rectangles are in pixels of the screen and have whole numbers.
+struct DesktopWindow {
+  std::string title = {};  ///< valid UTF-8
+  bool isActive = false;   ///< it has the keyboard focus
+  Rect frame = {};         ///< with decorations
+  Rect client = {};        ///< what the application draws
+  Rect contents = {};      ///< of that, what is no shadow
+};
+
+struct WindowSystem {
+  /// The windows of a process, front to back.
+  std::function<std::vector<DesktopWindow>(std::int32_t processID)> windowsOfProcess = {};
+  /// The address of the accessibility bus, where the window system has been told.
+  std::function<std::optional<std::string>()> accessibilityBusAddress = {};
+};
+
+}  // namespace tavik::platform::atspi

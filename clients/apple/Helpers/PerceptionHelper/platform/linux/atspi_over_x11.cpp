@@ -1,0 +1,49 @@
+#include "platform/linux/atspi_over_x11.h"
+
+#include <utility>
+
+#include "platform/linux/x11/server/x_property.h"
+#include "platform/linux/x11/windows/managed_windows.h"
+
+namespace tavik::platform {
+namespace {
+
+using x11::XConnection;
+
+atspi::DesktopWindow toDesktopWindow(const x11::ManagedWindow& window) {
+  const auto& client = window.clientRect;
+  const auto& [left, right, top, bottom] = window.gtkExtents;
+  const imaging::PixelRect contents{.x = client.x + left,
+                                    .y = client.y + top,
+                                    .width = client.width - left - right,
+                                    .height = client.height - top - bottom};
+  return {.title = window.title,
+          .isActive = window.isActive,
+          .frame = imaging::toRect(window.frameRect),
+          .client = imaging::toRect(client),
+          .contents = imaging::toRect(contents)};
+}
+
+std::vector<atspi::DesktopWindow> windowsOfProcess(XConnection& connection, std::int32_t processID) {
+  std::vector<atspi::DesktopWindow> windows;
+  for (const auto& window : x11::managedWindows(connection)) {
+    if (window.processID == processID) windows.push_back(toDesktopWindow(window));
+  }
+  return windows;
+}
+
+std::optional<std::string> accessibilityBusAddress(XConnection& connection) {
+  if (!connection.isReachable()) return std::nullopt;
+  const auto cookie = x11::requestProperty(connection, connection.root(), connection.atom(x11::Atom::atspiBus));
+  auto address = x11::textOf(x11::property(connection, cookie));
+  return address.empty() ? std::nullopt : std::optional(std::move(address));
+}
+
+}  // namespace
+
+atspi::WindowSystem windowSystemOf(std::shared_ptr<XConnection> connection) {
+  return {.windowsOfProcess = [connection](std::int32_t pid) { return windowsOfProcess(*connection, pid); },
+          .accessibilityBusAddress = [connection] { return accessibilityBusAddress(*connection); }};
+}
+
+}  // namespace tavik::platform

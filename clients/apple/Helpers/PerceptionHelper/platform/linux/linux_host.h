@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/host.h"
+
+namespace tavik::platform {
+
+/// The host of a Linux process. Its resources lie beside the executable (a build folder), else in the folder
+/// ../share/tavik-perception-helper beside the executable's own (an installation). Only regular files are read, since a
+/// pipe or a device could hold the reader for ever.
+std::unique_ptr<Host> makeLinuxHost();
+
+}  // namespace tavik::platform

@@ -1,0 +1,35 @@
+#include "platform/linux/x11/capture/display_region.h"
+
+#include <cmath>
+
+#include "platform/imaging/pixel_rect.h"
+
+namespace tavik::platform::x11 {
+
+using imaging::PixelRect;
+
+namespace {
+
+/// Truncated; nothing outside of -largest ... largest, or for what is no number.
+std::optional<std::int32_t> wholePixels(double value) {
+  constexpr double largest = 32767;
+  const auto truncated = std::trunc(value);
+  return truncated >= -largest && truncated <= largest ? std::optional(static_cast<std::int32_t>(truncated))
+                                                       : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DisplayRegion> regionOfDisplay(const Rect& sourceRect, const PixelRect& display) {
+  const auto x = wholePixels(sourceRect.x);
+  const auto y = wholePixels(sourceRect.y);
+  const auto width = wholePixels(sourceRect.width);
+  const auto height = wholePixels(sourceRect.height);
+  if (!x || !y || !width || !height) return std::nullopt;
+  const auto wanted = imaging::movedBy({.x = *x, .y = *y, .width = *width, .height = *height}, display.x, display.y);
+  const auto source = intersection(wanted, display);
+  if (imaging::isEmpty(source)) return std::nullopt;
+  return DisplayRegion{.size = {*width, *height}, .source = source, .x = source.x - wanted.x, .y = source.y - wanted.y};
+}
+
+}  // namespace tavik::platform::x11

@@ -1,0 +1,174 @@
+#include "platform/linux/x11/capture/window_capture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include <xcb/composite.h>
+#include <xcb/damage.h>
+
+#include "platform/imaging/bitmap_canvas.h"
+#include "platform/imaging/pixel_rect.h"
+#include "platform/linux/x11/capture/offscreen_window.h"
+#include "platform/linux/x11/capture/server_image.h"
+#include "platform/linux/x11/capture/window_cover.h"
+
+namespace tavik::platform::x11 {
+
+using imaging::PixelRect;
+
+namespace {
+
+/// Owns the pixmap that a window is drawn into. There is none, and reading it fails, for a window that is drawn
+/// straight on the screen.
+class WindowPixmap {
+ public:
+  WindowPixmap(XConnection& connection, xcb_window_t window)
+      : connection_(connection), pixmap_(xcb_generate_id(connection.xcb())) {
+    xcb_composite_name_window_pixmap(connection_.xcb(), window, pixmap_);
+  }
+  WindowPixmap(const WindowPixmap&) = delete;
+  WindowPixmap& operator=(const WindowPixmap&) = delete;
+  ~WindowPixmap() { xcb_free_pixmap(connection_.xcb(), pixmap_); }
+
+  xcb_pixmap_t get() const { return pixmap_; }
+
+ private:
+  XConnection& connection_;
+  xcb_pixmap_t pixmap_;
+};
+
+/// What of which window is read.
+struct Surface {
+  xcb_window_t frame = XCB_NONE;
+  xcb_visualid_t visual = XCB_NONE;
+  std::uint8_t depth = 0;
+  std::int32_t border = 0;
+  PixelRect outer = {};                 ///< with the border
+  PixelRect visible = {};               ///< what is wanted of it
+  PixelRect client = {};                ///< what the application draws
+  std::vector<PixelRect> outline = {};  ///< of the frame, as far as it is wanted
+};
+
+std::optional<Surface> surfaceOf(XConnection& connection, const ManagedWindow& window) {
+  const auto attributesCookie = xcb_get_window_attributes(connection.xcb(), window.frame);
+  const auto geometryCookie = xcb_get_geometry(connection.xcb(), window.frame);
+  const auto attributes = connection.reply(xcb_get_window_attributes_reply, attributesCookie);
+  const auto geometry = connection.reply(xcb_get_geometry_reply, geometryCookie);
+  if (!attributes || !geometry) return std::nullopt;
+  const auto visible = visibleRect(window);
+  Surface surface{.frame = window.frame,
+                  .visual = attributes->visual,
+                  .depth = geometry->depth,
+                  .border = geometry->border_width,
+                  .outer = window.frameRect,
+                  .visible = visible,
+                  .client = window.clientRect,
+                  .outline = intersection(outlineOf(connection, window.frame), {visible})};
+  return surface.outline.empty() ? std::nullopt : std::optional(surface);
+}
+
+/// Under a compositing manager every window has a pixmap that holds all of it; without one, those with an alpha channel
+/// have. Any other has one only as long as somebody reads it as we do, and may be waiting to be drawn.
+bool isKeptInMemory(XConnection& connection, const Surface& surface) {
+  constexpr std::uint8_t alphaDepth = 32;
+  if (surface.depth == alphaDepth && connection.screen().root_depth != alphaDepth) return true;
+  const auto selection = connection.atom(Atom::compositingManager);
+  if (selection == XCB_ATOM_NONE) return false;
+  const auto cookie = xcb_get_selection_owner(connection.xcb(), selection);
+  const auto manager = connection.reply(xcb_get_selection_owner_reply, cookie);
+  return manager && manager->owner != XCB_NONE;
+}
+
+bool hasPixmap(XConnection& connection, const Surface& surface) {
+  const WindowPixmap pixmap(connection, surface.frame);
+  return connection.reply(xcb_get_geometry_reply, xcb_get_geometry(connection.xcb(), pixmap.get())) != nullptr;
+}
+
+/// Waits while another program has the window drawn into memory. False when that does not end.
+bool waitForOtherReaders(XConnection& connection, const Surface& surface) {
+  using namespace std::chrono_literals;
+  const auto end = Clock::now() + 500ms;
+  while (hasPixmap(connection, surface)) {
+    if (Clock::now() >= end) return false;
+    std::this_thread::sleep_for(5ms);
+  }
+  return true;
+}
+
+std::optional<imaging::Bitmap> readPixmap(XConnection& connection, const Surface& surface) {
+  if (!connection.hasExtension(xcb_composite_id)) return std::nullopt;
+  const WindowPixmap pixmap(connection, surface.frame);
+  return readImage(connection, pixmap.get(), movedBy(surface.visible, -surface.outer.x, -surface.outer.y),
+                   surface.visual);
+}
+
+std::vector<PixelRect> hiddenParts(XConnection& connection, const Surface& surface) {
+  return hiddenParts(connection, surface.frame, surface.outline);
+}
+
+/// From the screen, unless something may have come over the window meanwhile: what is hidden there comes as black.
+std::optional<imaging::Bitmap> readScreen(XConnection& connection, const Surface& surface, StructureWatch& watch) {
+  const auto part = movedBy(surface.visible, -surface.outer.x - surface.border, -surface.outer.y - surface.border);
+  auto bitmap = readImage(connection, surface.frame, part, surface.visual);
+  watch.update();
+  return watch.otherHasChanged() ? std::nullopt : bitmap;
+}
+
+/// By having the window draw what is hidden.
+std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surface& surface, StructureWatch& watch,
+                                             std::int32_t processID) {
+  if (!connection.hasExtension(xcb_composite_id) || !connection.hasExtension(xcb_damage_id)) return std::nullopt;
+  if (!waitForOtherReaders(connection, surface)) return std::nullopt;
+  const auto toOwn = [&](const PixelRect& rect) {
+    return movedBy(rect, -surface.outer.x - surface.border, -surface.outer.y - surface.border);
+  };
+  // The server draws the border, and reports no drawing there.
+  const PixelRect inner{.width = surface.outer.width - 2 * surface.border,
+                        .height = surface.outer.height - 2 * surface.border};
+  watch.forgetOthers();
+  auto hidden = hiddenParts(connection, surface);
+  std::transform(hidden.begin(), hidden.end(), hidden.begin(), toOwn);
+  OffscreenWindow offscreen(connection, surface.frame);
+  if (!offscreen.waitForRepaint({intersection(hidden, {inner}), toOwn(surface.client)}, watch, processID))
+    return std::nullopt;
+  return readPixmap(connection, surface);
+}
+
+std::optional<imaging::Bitmap> readSurface(XConnection& connection, const Surface& surface, StructureWatch& watch,
+                                           std::int32_t processID) {
+  if (isKeptInMemory(connection, surface)) {
+    if (auto bitmap = readPixmap(connection, surface)) return bitmap;
+  }
+  watch.update();
+  watch.forgetOthers();
+  if (hiddenParts(connection, surface).empty()) {
+    if (auto bitmap = readScreen(connection, surface, watch)) return bitmap;
+  }
+  return watch.hasChanged() ? std::nullopt : readRepainted(connection, surface, watch, processID);
+}
+
+/// True when the window fills all that is wanted of it.
+bool isRectangular(const Surface& surface) {
+  std::vector<PixelRect> outside{surface.visible};
+  for (const auto& part : surface.outline) outside = subtract(outside, part);
+  return outside.empty();
+}
+
+}  // namespace
+
+std::optional<imaging::Bitmap> captureWindow(XConnection& connection, const ManagedWindow& window,
+                                             StructureWatch& watch) {
+  const auto surface = window.isOnScreen ? surfaceOf(connection, window) : std::nullopt;
+  if (!surface) return std::nullopt;
+  auto bitmap = readSurface(connection, *surface, watch, window.processID);
+  watch.update();
+  if (watch.hasChanged()) return std::nullopt;
+  if (!bitmap || isRectangular(*surface)) return bitmap;
+  auto shape = surface->outline;
+  for (auto& part : shape) part = movedBy(part, -surface->visible.x, -surface->visible.y);
+  return cutToShape(*bitmap, shape);
+}
+
+}  // namespace tavik::platform::x11

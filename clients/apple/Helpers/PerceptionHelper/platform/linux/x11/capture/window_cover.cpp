@@ -1,0 +1,96 @@
+#include "platform/linux/x11/capture/window_cover.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+
+#include <xcb/shape.h>
+
+#include "platform/imaging/pixel_rect.h"
+#include "platform/linux/x11/windows/window_tree.h"
+
+namespace tavik::platform::x11 {
+
+using imaging::PixelRect;
+
+namespace {
+
+/// The questions about one window's outline, in flight at once.
+struct OutlineQuery {
+  xcb_get_window_attributes_cookie_t attributes = {};
+  xcb_get_geometry_cookie_t geometry = {};
+  xcb_shape_query_extents_cookie_t extents = {};
+  xcb_shape_get_rectangles_cookie_t shape = {};
+};
+
+OutlineQuery requestOutline(XConnection& connection, xcb_window_t window) {
+  OutlineQuery query{.attributes = xcb_get_window_attributes(connection.xcb(), window),
+                     .geometry = xcb_get_geometry(connection.xcb(), window)};
+  if (connection.hasExtension(xcb_shape_id)) {
+    query.extents = xcb_shape_query_extents(connection.xcb(), window);
+    query.shape = xcb_shape_get_rectangles(connection.xcb(), window, XCB_SHAPE_SK_BOUNDING);
+  }
+  return query;
+}
+
+/// The bounding shape within a rectangle with a border of this width. The rectangles count from the corner inside of
+/// the border. Those of an unshaped window are not used: the X.Org server leaves a part of its border out of them.
+std::vector<PixelRect> receiveShape(XConnection& connection, const OutlineQuery& query, const PixelRect& whole,
+                                    std::int32_t border) {
+  if (!connection.hasExtension(xcb_shape_id)) return {whole};
+  const auto extents = connection.reply(xcb_shape_query_extents_reply, query.extents);
+  const auto shape = connection.reply(xcb_shape_get_rectangles_reply, query.shape);
+  const bool isShaped = extents && extents->bounding_shaped != 0;
+  if (!isShaped || !shape || shape->rectangles_len > shape->length / 2) return {whole};
+  std::vector<PixelRect> parts;
+  for (const auto& [x, y, width, height] :
+       std::span(xcb_shape_get_rectangles_rectangles(shape.get()), shape->rectangles_len)) {
+    parts.push_back(
+        imaging::movedBy({.x = x, .y = y, .width = width, .height = height}, whole.x + border, whole.y + border));
+  }
+  return intersection({whole}, parts);
+}
+
+/// None for a window that shows nothing.
+std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuery& query) {
+  const auto attributes = connection.reply(xcb_get_window_attributes_reply, query.attributes);
+  const auto geometry = connection.reply(xcb_get_geometry_reply, query.geometry);
+  if (!attributes || !geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
+      attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) {
+    return {};
+  }
+  const std::int32_t border = geometry->border_width;
+  const PixelRect whole{.x = geometry->x,
+                        .y = geometry->y,
+                        .width = geometry->width + 2 * border,
+                        .height = geometry->height + 2 * border};
+  return receiveShape(connection, query, whole, border);
+}
+
+/// The children of the root above this one.
+std::vector<xcb_window_t> windowsAbove(XConnection& connection, xcb_window_t frame) {
+  const auto tree = connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.xcb(), connection.root()));
+  const auto children = tree ? childrenOfReply(*tree) : std::vector<xcb_window_t>{};
+  const auto own = std::find(children.begin(), children.end(), frame);
+  return own != children.end() ? std::vector(own + 1, children.end()) : std::vector<xcb_window_t>{};
+}
+
+}  // namespace
+
+std::vector<PixelRect> outlineOf(XConnection& connection, xcb_window_t frame) {
+  return receiveOutline(connection, requestOutline(connection, frame));
+}
+
+std::vector<PixelRect> hiddenParts(XConnection& connection, xcb_window_t frame, const std::vector<PixelRect>& outline) {
+  const auto& screen = connection.screen();
+  std::vector<OutlineQuery> queries;
+  for (const auto window : windowsAbove(connection, frame)) queries.push_back(requestOutline(connection, window));
+  auto hidden = subtract(outline, {.width = screen.width_in_pixels, .height = screen.height_in_pixels});
+  for (const auto& query : queries) {
+    const auto covered = intersection(outline, receiveOutline(connection, query));
+    hidden.insert(hidden.end(), covered.begin(), covered.end());
+  }
+  return hidden;
+}
+
+}  // namespace tavik::platform::x11

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+#include <xcb/xcb.h>
+
+#include "platform/linux/x11/server/malloc_ptr.h"
+#include "platform/linux/x11/server/x_atoms.h"
+
+namespace tavik::platform::x11 {
+
+using Clock = std::chrono::steady_clock;
+
+/// Owns the connection to the X server. It is made at the first question, and it is single-threaded. Nothing here ends
+/// the process or waits without limit: a server that is not there, that goes away, or that another client has grabbed
+/// answers nothing.
+class XConnection {
+ public:
+  XConnection() = default;
+  XConnection(const XConnection&) = delete;
+  XConnection& operator=(const XConnection&) = delete;
+
+  /// True when there is a server that answers; connects to $DISPLAY at the first call. The members below are for those
+  /// who have been told so. Once a reply has kept us waiting for too long, this is false for good.
+  bool isReachable();
+
+  xcb_connection_t* xcb() const { return connection_.get(); }
+  const xcb_setup_t& setup() const { return *xcb_get_setup(xcb()); }
+  const xcb_screen_t& screen() const { return *screen_; }
+  xcb_window_t root() const { return screen_->root; }
+  /// XCB_ATOM_NONE for one that no client of this server has ever used.
+  xcb_atom_t atom(Atom name) const { return atoms_[static_cast<std::size_t>(name)]; }
+  const AtomTable& atoms() const { return atoms_; }
+  /// Requests of an extension that the server lacks end the connection, so this is asked before the first one.
+  bool hasExtension(xcb_extension_t& extension) const { return this->extension(extension) != nullptr; }
+  /// Where its requests and events begin; null when the server lacks it or has gone.
+  const xcb_query_extension_reply_t* extension(xcb_extension_t& extension) const;
+
+  /// Waits for the reply to `cookie`; null when the request failed. The first argument is xcb's own function for that
+  /// reply: it only tells the types, since calling it could wait for ever.
+  template <class Reply, class Cookie>
+  MallocPtr<Reply> reply(Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) {
+    return MallocPtr<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
+  }
+
+  /// An event, or a failed request's error, that has come with an earlier reply; null when there is none left.
+  MallocPtr<xcb_generic_event_t> queuedEvent() {
+    return MallocPtr<xcb_generic_event_t>(xcb_poll_for_queued_event(xcb()));
+  }
+  /// The next event, or a failed request's error, that arrives before `deadline`.
+  MallocPtr<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
+
+ private:
+  struct Disconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+  };
+  using Handle = std::unique_ptr<xcb_connection_t, Disconnect>;
+  struct Opened {
+    Handle connection = {};
+    int screenNumber = 0;
+  };
+
+  static Opened open();
+  void prepare(int screenNumber);
+  void* waitForReply(unsigned int sequence);
+  bool waitForInput(Clock::time_point deadline) const;
+
+  bool triedToOpen_ = false;
+  bool gaveUp_ = false;
+  Handle connection_ = {};
+  const xcb_screen_t* screen_ = nullptr;
+  AtomTable atoms_ = {};
+};
+
+}  // namespace tavik::platform::x11

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/imaging/pixel_rect.h"
+
+namespace tavik::platform::x11 {
+
+/// The invisible margins that a client draws around itself for its shadow (_GTK_FRAME_EXTENTS), in pixels.
+struct FrameExtents {
+  std::int32_t left = 0;
+  std::int32_t right = 0;
+  std::int32_t top = 0;
+  std::int32_t bottom = 0;
+};
+
+/// A top-level window that the window manager manages.
+struct ManagedWindow {
+  std::uint32_t client = 0;  ///< the application's own window
+  std::uint32_t frame = 0;   ///< the child of the root that holds it: the window manager's frame, or the client itself
+  std::int32_t processID = 0;          ///< 0 when unknown
+  std::string title = {};              ///< valid UTF-8
+  imaging::PixelRect clientRect = {};  ///< without decorations, in root window coordinates
+  imaging::PixelRect frameRect = {};   ///< with decorations, in the same
+  FrameExtents gtkExtents = {};        ///< all 0 for a client that sets none
+  bool isActive = false;               ///< it has the keyboard focus
+  bool isMinimized = false;
+  bool isOnScreen = false;  ///< viewable and not shaded
+  std::int32_t layer = 0;   ///< 0 normal and dialog; above 0 dock and keep-above; below 0 desktop and keep-below
+  bool isOnOtherWorkspace = false;    ///< and therefore not to be seen; a sticky window never is
+  bool isRegular = true;              ///< a window to switch to: no panel, splash, notification or the like
+  std::string instanceName = {};      ///< of WM_CLASS, valid UTF-8
+  std::string className = {};         ///< of WM_CLASS, valid UTF-8
+  std::string gtkApplicationID = {};  ///< _GTK_APPLICATION_ID, valid UTF-8
+};
+
+/// The layer of a window that is the desktop itself (its icons, its wallpaper).
+inline constexpr std::int32_t kDesktopLayer = -2;
+
+/// What a person calls the window, in root window coordinates: with the window manager's decorations, without the
+/// invisible margins that a client draws around itself where it has no such decorations.
+imaging::PixelRect visibleRect(const ManagedWindow& window);
+
+}  // namespace tavik::platform::x11

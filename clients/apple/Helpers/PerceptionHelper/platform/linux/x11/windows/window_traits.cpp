@@ -1,0 +1,93 @@
+#include "platform/linux/x11/windows/window_traits.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include "platform/imaging/pixel_rect.h"
+
+namespace tavik::platform::x11 {
+
+using imaging::PixelRect;
+
+namespace {
+
+constexpr std::int32_t kBelowLayer = -1;
+constexpr std::int32_t kAboveLayer = 1;
+constexpr std::int32_t kDockLayer = 2;
+
+struct HintReader {
+  const WindowHints& hints;
+  const AtomTable& atoms;
+
+  /// A client lists several types, the others for window managers that do not know the first.
+  bool hasType(Atom type) const { return contains(hints.types, type); }
+  bool hasType(std::initializer_list<Atom> types) const {
+    return std::any_of(types.begin(), types.end(), [this](Atom type) { return hasType(type); });
+  }
+  bool hasState(Atom state) const { return contains(hints.states, state); }
+
+ private:
+  bool contains(const std::vector<std::uint32_t>& list, Atom atom) const {
+    const auto number = atoms[static_cast<std::size_t>(atom)];
+    return number != XCB_ATOM_NONE && std::find(list.begin(), list.end(), number) != list.end();
+  }
+};
+
+std::int32_t layerOf(const HintReader& window) {
+  if (window.hasType(Atom::typeDesktop)) return kDesktopLayer;
+  if (window.hasType(Atom::typeDock)) return kDockLayer;
+  if (window.hasState(Atom::stateAbove)) return kAboveLayer;
+  return window.hasState(Atom::stateBelow) ? kBelowLayer : 0;
+}
+
+/// True for a window that lives on a workspace that is not shown. A viewable one is on some monitor's.
+bool isOnOtherWorkspace(const WindowHints& hints, std::optional<std::uint32_t> currentWorkspace) {
+  constexpr std::uint32_t allWorkspaces = 0xFFFFFFFF;
+  return !hints.isViewable && currentWorkspace && hints.workspace && *hints.workspace != allWorkspaces &&
+         *hints.workspace != *currentWorkspace;
+}
+
+FrameExtents extentsOf(const std::vector<std::uint32_t>& extents) {
+  constexpr std::uint32_t largest = 0x7FFF;
+  if (extents.size() != 4 || *std::max_element(extents.begin(), extents.end()) > largest) return {};
+  return {.left = static_cast<std::int32_t>(extents[0]),
+          .right = static_cast<std::int32_t>(extents[1]),
+          .top = static_cast<std::int32_t>(extents[2]),
+          .bottom = static_cast<std::int32_t>(extents[3])};
+}
+
+}  // namespace
+
+void applyHints(ManagedWindow& window, const WindowHints& hints, const AtomTable& atoms,
+                std::optional<std::uint32_t> currentWorkspace) {
+  constexpr std::uint32_t iconicState = 3;  // ICCCM, section 4.1.3.1
+  const HintReader reader{.hints = hints, .atoms = atoms};
+  window.isOnOtherWorkspace = isOnOtherWorkspace(hints, currentWorkspace);
+  // Not every window manager marks minimized windows as hidden, and all mark those of other workspaces as iconic.
+  window.isMinimized = !hints.isViewable && (reader.hasState(Atom::stateHidden) ||
+                                             (hints.icccmState == iconicState && !window.isOnOtherWorkspace));
+  window.isOnScreen = hints.isViewable && !reader.hasState(Atom::stateShaded);
+  window.layer = layerOf(reader);
+  window.isRegular =
+      !reader.hasState(Atom::stateSkipTaskbar) &&
+      !reader.hasType({Atom::typeDesktop, Atom::typeDock, Atom::typeSplash, Atom::typeNotification, Atom::typeUtility});
+  window.gtkExtents = extentsOf(hints.extents);
+}
+
+PixelRect visibleRect(const ManagedWindow& window) {
+  const auto& frame = window.frameRect;
+  const auto& client = window.clientRect;
+  // A side on which the window manager adds nothing is drawn by the client, with its margin.
+  const auto margin = [](std::int32_t decoration, std::int32_t extent) { return decoration > 0 ? 0 : extent; };
+  const auto left = margin(client.x - frame.x, window.gtkExtents.left);
+  const auto top = margin(client.y - frame.y, window.gtkExtents.top);
+  const auto right = margin(frame.x + frame.width - client.x - client.width, window.gtkExtents.right);
+  const auto bottom = margin(frame.y + frame.height - client.y - client.height, window.gtkExtents.bottom);
+  const PixelRect visible{.x = frame.x + left,
+                          .y = frame.y + top,
+                          .width = frame.width - left - right,
+                          .height = frame.height - top - bottom};
+  return isEmpty(visible) ? frame : visible;
+}
+
+}  // namespace tavik::platform::x11

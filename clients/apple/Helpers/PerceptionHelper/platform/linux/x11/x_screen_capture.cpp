@@ -1,0 +1,129 @@
+#include "platform/linux/x11/x_screen_capture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "platform/imaging/bitmap.h"
+#include "platform/imaging/bitmap_canvas.h"
+#include "platform/linux/x11/capture/display_region.h"
+#include "platform/linux/x11/capture/server_image.h"
+#include "platform/linux/x11/capture/window_capture.h"
+#include "platform/linux/x11/monitors.h"
+#include "platform/linux/x11/windows/managed_windows.h"
+
+namespace tavik::platform::x11 {
+namespace {
+
+Window toWindow(const ManagedWindow& window) {
+  const auto visible = visibleRect(window);
+  const auto owner = window.processID > 0 ? std::optional(OwningApplication{window.processID}) : std::nullopt;
+  return {.windowID = window.client,
+          .owningApplication = owner,
+          .isOnScreen = window.isOnScreen,
+          .windowLayer = window.layer,
+          .frame = {static_cast<double>(visible.x), static_cast<double>(visible.y), static_cast<double>(visible.width),
+                    static_cast<double>(visible.height)}};
+}
+
+bool isListed(const ManagedWindow& window, const ShareableContentOptions& options) {
+  if (options.excludingDesktopWindows && window.layer == kDesktopLayer) return false;
+  return !options.onScreenWindowsOnly || !window.isOnOtherWorkspace;
+}
+
+std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const ContentFilter& filter,
+                                              const std::optional<Rect>& sourceRect) {
+  const auto all = monitors(connection);
+  const auto monitor = std::find_if(all.begin(), all.end(), [&](const Monitor& candidate) {
+    return candidate.displayID == filter.display.displayID;
+  });
+  if (monitor == all.end()) return std::nullopt;
+  const Rect whole{.width = static_cast<double>(monitor->rect.width),
+                   .height = static_cast<double>(monitor->rect.height)};
+  const auto region = regionOfDisplay(sourceRect.value_or(whole), monitor->rect);
+  if (!region) return std::nullopt;
+  auto bitmap = readImage(connection, connection.root(), region->source, connection.screen().root_visual);
+  if (!bitmap || bitmap->size == region->size) return bitmap;
+  return onBlack(*bitmap, region->size, region->x, region->y);
+}
+
+/// One try at the window as it is now, wherever it has moved since it was listed. Nothing when it has another size: the
+/// picture would be stretched.
+std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Window& listed, StructureWatch& watch) {
+  const auto windows = managedWindows(connection);
+  const auto window = std::find_if(windows.begin(), windows.end(),
+                                   [&](const auto& candidate) { return candidate.client == listed.windowID; });
+  if (window == windows.end()) return std::nullopt;
+  watch.setFrame(window->frame);
+  const auto now = toWindow(*window).frame;
+  const bool hasItsSize = now.width == listed.frame.width && now.height == listed.frame.height;
+  return hasItsSize ? captureWindow(connection, *window, watch) : std::nullopt;
+}
+
+/// Tries again while the window, or what covers it, changes under our eyes.
+std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
+  constexpr std::chrono::milliseconds patience{500};
+  const auto end = Clock::now() + patience;
+  while (true) {
+    StructureWatch watch(connection, listed.windowID);
+    auto bitmap = tryToCapture(connection, listed, watch);
+    watch.update();
+    const bool hasChanged = watch.hasChanged() || watch.otherHasChanged();
+    if (bitmap || !hasChanged || Clock::now() >= end) return bitmap;
+  }
+}
+
+class XScreenCapture final : public ScreenCapture {
+ public:
+  explicit XScreenCapture(std::shared_ptr<XConnection> connection) : connection_(std::move(connection)) {}
+
+  bool preflightScreenCaptureAccess() const override { return connection_->isReachable(); }
+
+  void getShareableContent(const ShareableContentOptions& options,
+                           CompletionHandler<ShareableContent> completionHandler) const override {
+    ShareableContent content;
+    for (const auto& monitor : monitors(*connection_)) {
+      content.displays.push_back(
+          {.displayID = monitor.displayID, .width = monitor.rect.width, .height = monitor.rect.height});
+    }
+    for (const auto& window : managedWindows(*connection_)) {
+      if (isListed(window, options)) content.windows.push_back(toWindow(window));
+    }
+    if (connection_->isReachable()) {
+      completionHandler(std::move(content));
+    } else {
+      completionHandler(PlatformError{"the X server does not answer"});
+    }
+  }
+
+  void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
+                    CompletionHandler<ImageRef> completionHandler) const override {
+    const auto image = imageOf(filter, configuration);
+    if (image) {
+      completionHandler(image);
+    } else {
+      completionHandler(PlatformError{"these pixels cannot be had"});
+    }
+  }
+
+ private:
+  ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) const {
+    if (!connection_->isReachable()) return nullptr;
+    auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
+                                        : captureDisplay(*connection_, filter, configuration.sourceRect);
+    auto image = bitmap ? imaging::makeImage(*std::move(bitmap)) : nullptr;
+    const PixelSize wanted{configuration.width, configuration.height};
+    return image && image->size() != wanted ? image->resized(wanted) : image;
+  }
+
+  std::shared_ptr<XConnection> connection_;
+};
+
+}  // namespace
+
+std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<XConnection> connection) {
+  return std::make_unique<XScreenCapture>(std::move(connection));
+}
+
+}  // namespace tavik::platform::x11

@@ -1,0 +1,116 @@
+#include "platform/linux/applications/application_identity.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <tuple>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/applications/process_evidence.h"
+#include "platform/posix/file_descriptor.h"
+
+namespace tavik::platform::applications {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// With folders of desktop entries that go when the test ends.
+struct DesktopEntryCatalogTest : testing::Test {
+  const fs::path root = fs::temp_directory_path() / ("entries-" + std::to_string(::getpid()));
+  ~DesktopEntryCatalogTest() override { fs::remove_all(root); }
+
+  /// Writes an entry with these lines into a file below one of the folders.
+  void add(const std::string& path, const std::string& lines) const {
+    fs::create_directories((root / path).parent_path());
+    std::ofstream(root / path) << "[Desktop Entry]\nType=Application\n" << lines;
+  }
+  DesktopEntryCatalog entries{{root / "user", root / "missing", root / "system"}};
+};
+
+TEST(DesktopEntry, IsReadInTheUsersLanguage) {
+  const std::string text =
+      "[Desktop Entry]\nType=Application\nName=Calculator\nName[de]=Rechner\nExec=\"/opt/my apps/calc\" --new %U\n"
+      "StartupWMClass=Calc\n[Desktop Action about]\nName=About\nName[de]=Info\nExec=other\n";
+  for (const auto& [language, name] :
+       {std::pair{"C", "Calculator"}, {"de_AT.UTF-8", "Rechner"}, {"fr", "Calculator"}}) {
+    ::setenv("LANGUAGE", language, 1);
+    ::setenv("LC_ALL", language, 1);
+    const auto entry = parseDesktopEntry("calc", text);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->name, name) << language;
+    EXPECT_EQ(entry->program, "calc");
+    EXPECT_EQ(entry->startupClass, "Calc");
+  }
+  ::unsetenv("LANGUAGE");
+  ::unsetenv("LC_ALL");
+}
+
+TEST(DesktopEntry, IsNothingElse) {
+  for (const std::string text : {"", "\xFF\xFE garbage", "[Desktop Entry]\nType=Application\nHidden=true\n",
+                                 "[Desktop Entry]\nType=Link\n", "[Desktop Action a]\nType=Application\n"})
+    EXPECT_FALSE(parseDesktopEntry("id", text)) << text;
+  EXPECT_TRUE(parseDesktopEntry("id", "[Desktop Entry]\nType=Application\nExec=\"unclosed\nName=\xFF\n"))
+      << "an entry with broken values is one without them";
+}
+
+TEST_F(DesktopEntryCatalogTest, TheUsersFilesComeFirst) {
+  add("system/applications.desktop", "Name=System\n");
+  add("user/applications.desktop", "Name=User\n");
+  add("system/deleted.desktop", "Name=Deleted by the user\n");
+  add("user/deleted.desktop", "Hidden=true\n");
+  add("system/kde/tools/calc.desktop", "Name=In a folder\n");
+  add("system/notes.txt", "Name=No entry\n");
+  ASSERT_EQ(0, ::mkfifo((root / "system/pipe.desktop").c_str(), 0600));
+  const posix::FileDescriptor silentWriter(::open((root / "system/pipe.desktop").c_str(), O_RDWR));
+  ASSERT_TRUE(entries.find("applications"));
+  EXPECT_EQ(entries.find("applications")->name, "User");
+  EXPECT_FALSE(entries.find("deleted")) << "the system's entry of that id does not come back";
+  EXPECT_TRUE(entries.find("kde-tools-calc"));
+  EXPECT_FALSE(entries.find("pipe")) << "and nobody waits for its writer";
+  EXPECT_EQ(entries.size(), 4U);
+}
+
+TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
+  add("system/aaa.desktop", "Name=Interpreter\nExec=tool\nNoDisplay=true\n");
+  add("system/org.example.Tool.desktop", "Name=By program\nExec=/usr/bin/tool %f\n");
+  add("system/org.example.viewer.desktop", "Name=By end of id\nNoDisplay=true\n");
+  add("system/Viewer.desktop", "Name=By id\n");
+  add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
+  using Row = std::tuple<const char*, ApplicationEvidence, std::optional<std::string>, std::optional<std::string>>;
+  const std::optional<std::string> none, tool = "org.example.Tool";
+  const std::vector<Row> rows{
+      // sandbox, GTK's application id, instance, class, executable, process
+      {"the sandbox's word is final", {"Viewer", "other", "", "other", "", "p"}, "Viewer", "By id"},
+      {"an application without an entry", {"", "org.gtk.Demo", "", "Demo"}, "org.gtk.Demo", "Demo"},
+      {"StartupWMClass, before the id, in any case", {"", "", "tool", "Viewer", "tool"}, "zzz", "By class"},
+      {"the id, in the same case", {"", "", "", "Tool", "other"}, tool, "By program"},
+      {"the id's end is the instance", {"", "", "viewer", "V"}, "org.example.viewer", "By end of id"},
+      {"the program, but of no hidden interpreter", {"", "", "i", "c", "tool"}, tool, "By program"},
+      {"the window only", {"", "", "unknown", "Unknown", "", "p"}, "unknown", "Unknown"},
+      {"the process only", {"", "", "", "", "daemon", "daemon"}, none, "daemon"},
+      {"nothing", {}, none, none},
+  };
+  for (const auto& [reason, evidence, identifier, name] : rows) {
+    const auto identity = identify(evidence, entries);
+    EXPECT_EQ(identity.bundleIdentifier, identifier) << reason;
+    EXPECT_EQ(identity.localizedName, name) << reason;
+    EXPECT_EQ(identity.noDisplay, identifier == "org.example.viewer") << reason;
+  }
+}
+
+TEST(ProcessEvidence, KnowsTheProgramOfAProcess) {
+  const auto self = ::getpid();
+  EXPECT_FALSE(executableName(self).empty());
+  EXPECT_EQ(executableName(self).substr(0, 15), processName(self));
+  EXPECT_EQ(flatpakID(self), "");
+  EXPECT_EQ(executableName(-1), "") << "no such process";
+}
+
+}  // namespace
+}  // namespace tavik::platform::applications

@@ -1,0 +1,92 @@
+#include "platform/linux/x11/server/x_property.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/x11/server/x_clients.h"
+
+namespace tavik::platform::x11 {
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+using namespace std::string_literals;
+
+constexpr xcb_atom_t kUTF8String = 300;
+
+std::string bytesOf(const Words& words) {
+  std::string bytes(words.size() * sizeof(std::uint32_t), '\0');
+  std::memcpy(bytes.data(), words.data(), bytes.size());
+  return bytes;
+}
+
+PropertyValue value(xcb_atom_t type, std::uint8_t format, const std::string& bytes, bool isTruncated = false) {
+  return {.type = type, .format = format, .isTruncated = isTruncated, .bytes = bytes};
+}
+
+TEST(XProperty, TextIsValidUTF8WhateverAnApplicationSends) {
+  using Row = std::tuple<const char*, PropertyValue, std::string>;
+  const std::vector<Row> rows{
+      {"UTF-8 stays", value(kUTF8String, 8, "Gr\xC3\xBC\xC3\x9F"), "Grüß"},
+      {"STRING is ISO 8859-1", value(XCB_ATOM_STRING, 8, "Gr\xFC\xDF"), "Grüß"},
+      {"but many put UTF-8 there", value(XCB_ATOM_STRING, 8, "Gr\xC3\xBC\xC3\x9F"), "Grüß"},
+      {"other bytes are replaced", value(kUTF8String, 8, "a\xFF\xC3"), "a\uFFFD\uFFFD"},
+      {"ends at a NUL", value(kUTF8String, 8, "title\0rest"s), "title"},
+      {"numbers are no text", value(kUTF8String, 32, "abcd"), ""},
+      {"the limit may cut a character", value(kUTF8String, 8, "a\xE2\x82", true), "a"},
+  };
+  for (const auto& [reason, property, text] : rows) EXPECT_EQ(textOf(property), text) << reason;
+}
+
+TEST(XProperty, WMClassMayLackItsSeparators) {
+  for (const auto& [bytes, both] : {std::pair{"xterm\0XTerm\0"s, "xterm|XTerm"},
+                                    {"xterm\0XTerm"s, "xterm|XTerm"},
+                                    {"xterm"s, "xterm|"},
+                                    {"\0XTerm\0"s, "|XTerm"}}) {
+    const auto parts = wmClass(value(XCB_ATOM_STRING, 8, bytes));
+    EXPECT_EQ(parts.instance + "|" + parts.className, both);
+  }
+}
+
+TEST(XProperty, NumbersNeedTheirTypeAndFormat) {
+  using Row = std::tuple<const char*, PropertyValue, Words>;
+  const std::vector<Row> rows{
+      {"as it should be", value(XCB_ATOM_CARDINAL, 32, bytesOf({7, 8})), {7, 8}},
+      {"a process identifier of 8 bits", value(XCB_ATOM_CARDINAL, 8, "\x01\x02\x03\x04"), {}},
+      {"of another type", value(XCB_ATOM_WINDOW, 32, bytesOf({7})), {}},
+      {"half an item", value(XCB_ATOM_CARDINAL, 32, bytesOf({7}) + "ab"), {7}},
+  };
+  for (const auto& [reason, property, expected] : rows) {
+    EXPECT_EQ(words(property, XCB_ATOM_CARDINAL), expected) << reason;
+    EXPECT_EQ(firstWord(property, XCB_ATOM_CARDINAL).has_value(), !expected.empty()) << reason;
+  }
+}
+
+TEST(XClients, AreThoseThatFitIntoTheReplyAndOwnTheWindowsWithTheirBase) {
+  using Row = std::tuple<const char*, Words, std::vector<std::int32_t>>;
+  constexpr std::uint32_t process = 2, resource = 1, base = 0x200000;
+  const std::vector<Row> rows{
+      {"two processes", {base, process, 4, 77, 2 * base, process, 4, 78}, {77, 78}},
+      {"a client of another machine has no value", {base, process, 0, 2 * base, process, 4, 78}, {78}},
+      {"another kind is skipped", {base, resource, 4, 76, base, process, 4, 77}, {77}},
+      {"a length beyond the end", {base, process, 4, 77, base, process, 0xFFFFFFFC, 78}, {77}},
+      {"a length a little beyond the end", {base, process, 8, 77}, {}},
+      {"cut short", {base, process}, {}},
+      {"no process has such a number", {base, process, 4, 0x80000000, base, process, 4, 0}, {}},
+  };
+  for (const auto& [reason, words, expected] : rows) {
+    std::vector<std::int32_t> processIDs;
+    for (const auto& client : clientsOfReply(words)) processIDs.push_back(client.processID);
+    EXPECT_EQ(processIDs, expected) << reason;
+  }
+  const std::vector<XClient> clients{{0x200000, 77}, {0x400000, 78}};
+  EXPECT_EQ(processOfWindow(clients, 0x1FFFFF, 0x400003), 78);
+  EXPECT_EQ(processOfWindow(clients, 0x1FFFFF, 0x600003), 0);
+}
+
+}  // namespace
+}  // namespace tavik::platform::x11
