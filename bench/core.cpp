@@ -5,7 +5,6 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,42 +13,29 @@
 #include <boost/json/serialize.hpp>
 
 #include "accessibility/walk_ax_element.h"
-#include "driver/sensitive_app_match.h"
+#include "fake/fake_platform.h"
 #include "policy/parse_sensitive_apps_yaml.h"
+#include "policy/sensitive_app_match.h"
 #include "protocol/write_response.h"
 
 namespace {
 
 using namespace tavik;
-using platform::AttributeValue;
 using platform::UIElementRef;
 
 /// A button or a group of them, as toolkits describe them.
-class Element final : public platform::UIElement {
- public:
-  Element(std::string title, std::vector<UIElementRef> children)
-      : title_(std::move(title)), children_(std::move(children)) {}
-
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override {
-    if (name == "AXRole") return std::string(children_.empty() ? "AXButton" : "AXGroup");
-    if (name == "AXTitle") return title_;
-    if (name == "AXDescription") return "What " + title_ + " is for";
-    if (name == "AXPosition") return platform::Point{.x = 120, .y = 340};
-    if (name == "AXSize") return platform::Size{.width = 64, .height = 24};
-    if (name == "AXChildren" && !children_.empty()) return children_;
-    return std::nullopt;
-  }
-
- private:
-  std::string title_;
-  std::vector<UIElementRef> children_;
-};
-
 UIElementRef tree(int childrenEach, int levels, const std::string& title) {
+  fake::Map<platform::AttributeValue> attributes{
+      {"AXRole", levels > 0 ? "AXGroup" : "AXButton"},       {"AXTitle", title},
+      {"AXDescription", "What " + title + " is for"},        {"AXPosition", platform::Point{.x = 120, .y = 340}},
+      {"AXSize", platform::Size{.width = 64, .height = 24}},
+  };
   std::vector<UIElementRef> children;
-  for (int index = 0; levels > 0 && index < childrenEach; ++index)
+  for (int index = 0; levels > 0 && index < childrenEach; ++index) {
     children.push_back(tree(childrenEach, levels - 1, title + "." + std::to_string(index)));
-  return std::make_shared<const Element>(title, std::move(children));
+  }
+  if (!children.empty()) attributes.emplace("AXChildren", std::move(children));
+  return fake::element(std::move(attributes));
 }
 
 struct LastOutput final : platform::StandardStreams {
@@ -85,7 +71,7 @@ void measureTree() {
   const auto policy = SensitiveAppsConfig{};
   LastOutput output;
   const auto walkAndWrite = [&] {
-    AXCounters counters;
+    AXSummary counters;
     auto found = walkAXElement(*root, {.depth = 0, .maxDepth = 8}, counters, policy);
     writeResponse({{"ok", true}, {"data", {{"ax_tree", std::move(found)}}}}, output);
   };

@@ -56,9 +56,10 @@ ResponseDictionary tree(const platform::Platform& platform, std::int32_t process
   stopwatch.lap("find the main window");
   const auto* const window = value ? std::get_if<platform::UIElementRef>(&*value) : nullptr;
   if (!window) return {};
-  platform.accessibility->prefetch(*window, 8, maxAXChildren);
+  platform.accessibility->prefetch(*window,
+                                   {.maxDepth = 8, .maxChildren = maxAXChildren, .attributes = walkedAXAttributes});
   stopwatch.lap("read the tree");
-  AXCounters counters;
+  AXSummary counters;
   auto found = walkAXElement(**window, {.depth = 0, .maxDepth = 8}, counters, policy);
   stopwatch.lap("walk it");
   return found;

@@ -15,11 +15,11 @@ using namespace tavik::platform;
 class WithoutPrefetch final : public Accessibility {
  public:
   explicit WithoutPrefetch(std::unique_ptr<Accessibility> accessibility) : accessibility_(std::move(accessibility)) {}
-  bool isProcessTrusted() const override { return accessibility_->isProcessTrusted(); }
-  UIElementRef createApplication(std::int32_t processID) const override {
+  bool isProcessTrusted() override { return accessibility_->isProcessTrusted(); }
+  UIElementRef createApplication(std::int32_t processID) override {
     return accessibility_->createApplication(processID);
   }
-  void prefetch(const UIElementRef&, int, int) const override {}
+  void prefetch(const UIElementRef&, const WalkPlan&) override {}
 
  private:
   std::unique_ptr<Accessibility> accessibility_;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <string>
@@ -66,26 +67,25 @@ TEST(WalkAXElement, ReportsCountsAndRedacts) {
            Case{"no children in an empty list", parent(0, nullptr), "{}", 0, false},
            Case{"none in a value of another type", element({{"AXChildren", element({})}}), "{}", 0, false},
        }) {
-    AXCounters counters;
-    EXPECT_EQ(walkAXElement(*root, {.depth = 0, .maxDepth = 8}, counters, kPolicy), json::parse(node)) << reason;
-    EXPECT_EQ(counters.nodeCount, 1) << reason;
-    EXPECT_EQ(counters.textChars, textChars) << reason;
-    EXPECT_EQ(counters.redactionApplied, redacted) << reason;
+    AXSummary summary;
+    EXPECT_EQ(walkAXElement(*root, {.depth = 0, .maxDepth = 8}, summary, kPolicy), json::parse(node)) << reason;
+    EXPECT_EQ(summary.nodeCount, 1) << reason;
+    EXPECT_EQ(summary.textChars, textChars) << reason;
+    EXPECT_EQ(summary.redactionApplied, redacted) << reason;
   }
 }
 
 TEST(WalkAXElement, ReadsDepthFirstNothingTwiceAndFiftyChildren) {
   const auto leaf = element({{"AXTitle", "x"s}}), first = parent(2, leaf);
-  const auto wide = element({{"AXChildren", std::vector<UIElementRef>(120, first)}});
-  AXCounters counters{.redactionApplied = true};
-  const auto node = walkAXElement(*wide, {.depth = 7, .maxDepth = 9}, counters, SensitiveAppsConfig::empty);
+  const auto wide = element({{"AXChildren", std::vector<UIElementRef>(120, first)}, {"AXPosition", Point{}}});
+  AXSummary summary{.redactionApplied = true};
+  const auto node = walkAXElement(*wide, {.depth = 7, .maxDepth = 9}, summary, SensitiveAppsConfig::empty);
   const auto expected = json::parse(R"({"children":[{"title":"x"},{"title":"x"}]})");
   EXPECT_EQ(node.at("children"), json::array(50, expected));
-  EXPECT_EQ(counters.nodeCount, 1 + 50 * 3);
-  EXPECT_EQ(counters.textChars, 50 * 2);
-  EXPECT_TRUE(counters.redactionApplied) << "what was withheld before stays so";
-  EXPECT_EQ(wide->asked, (std::vector<std::string>{"AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription",
-                                                   "AXPosition", "AXChildren"}));
+  EXPECT_EQ(summary.nodeCount, 1 + 50 * 3);
+  EXPECT_EQ(summary.textChars, 50 * 2);
+  EXPECT_TRUE(summary.redactionApplied) << "what was withheld before stays so";
+  EXPECT_TRUE(std::ranges::equal(wide->asked, walkedAXAttributes)) << "what a backend has been told";
   EXPECT_EQ(leaf->asked.size(), 100U * 6) << "no children are asked for at the last level";
 }
 

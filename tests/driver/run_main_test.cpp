@@ -71,9 +71,9 @@ json::value imageURL(const std::string& description) {
 }
 
 TEST(ResolveLevel, GlancesOnlyWhereTheTreeSaysMuch) {
-  EXPECT_EQ(resolveLevel(Level::auto_, {.nodes = 100, .textChars = 50}), Level::read);
-  EXPECT_EQ(resolveLevel(Level::auto_, {.nodes = 5, .textChars = 51}), Level::read);
-  EXPECT_EQ(resolveLevel(Level::auto_, {.nodes = 6, .textChars = 51}), Level::glance);
+  EXPECT_EQ(resolveLevel(Level::auto_, {.nodeCount = 100, .textChars = 50}), Level::read);
+  EXPECT_EQ(resolveLevel(Level::auto_, {.nodeCount = 5, .textChars = 51}), Level::read);
+  EXPECT_EQ(resolveLevel(Level::auto_, {.nodeCount = 6, .textChars = 51}), Level::glance);
 }
 
 TEST(RunMain, AnswersATypicalRequestWhole) {

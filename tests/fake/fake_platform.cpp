@@ -22,10 +22,10 @@ struct FakeApplication final : RunningApplication {
   FakeApplication(std::int32_t processID, Text bundleIdentifier, Text localized, ActivationPolicy activation)
       : pid(processID), identifier(std::move(bundleIdentifier)), name(std::move(localized)), policy(activation) {}
 
-  std::int32_t processIdentifier() const override { return pid; }
-  Text bundleIdentifier() const override { return identifier; }
-  Text localizedName() const override { return name; }
-  ActivationPolicy activationPolicy() const override { return policy; }
+  std::int32_t processIdentifier() override { return pid; }
+  Text bundleIdentifier() override { return identifier; }
+  Text localizedName() override { return name; }
+  ActivationPolicy activationPolicy() override { return policy; }
 };
 
 struct FakeImage final : Image {
@@ -73,46 +73,46 @@ struct FakeStreams final : Fake<StandardStreams> {
 
 struct FakeWorkspace final : Fake<Workspace> {
   using Fake::Fake;
-  Applications runningApplications() const override {
+  Applications runningApplications() override {
     ++desktop.calls["runningApplications"];
     return desktop.applications;
   }
-  Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) const override {
+  Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
     auto matching = runningApplications();
     std::erase_if(matching, [&](const auto& app) { return app->bundleIdentifier() != identifier; });
     return matching;
   }
-  RunningApplicationRef frontmostApplication() const override { return desktop.frontmost; }
-  std::optional<Screen> mainScreen() const override { return desktop.screen; }
+  RunningApplicationRef frontmostApplication() override { return desktop.frontmost; }
+  std::optional<Screen> mainScreen() override { return desktop.screen; }
 };
 
 struct FakeAccessibility final : Fake<Accessibility> {
   using Fake::Fake;
-  bool isProcessTrusted() const override {
+  bool isProcessTrusted() override {
     ++desktop.calls["isProcessTrusted"];
     return desktop.isTrusted;
   }
-  UIElementRef createApplication(std::int32_t processIdentifier) const override {
+  UIElementRef createApplication(std::int32_t processIdentifier) override {
     return lookUp(desktop.applicationElements, processIdentifier).value_or(element({}));
   }
-  void prefetch(const UIElementRef&, int, int) const override { ++desktop.calls["prefetch"]; }
+  void prefetch(const UIElementRef&, const WalkPlan&) override { ++desktop.calls["prefetch"]; }
 };
 
 struct FakeScreenCapture final : Fake<ScreenCapture> {
   using Fake::Fake;
-  bool preflightScreenCaptureAccess() const override {
+  bool preflightScreenCaptureAccess() override {
     ++desktop.calls["preflight"];
     return desktop.mayRecordScreen;
   }
   void getShareableContent(const ShareableContentOptions& options,
-                           CompletionHandler<ShareableContent> handler) const override {
+                           CompletionHandler<ShareableContent> handler) override {
     ++desktop.calls["shareableContent"];
     std::variant<ShareableContent, PlatformError> outcome = PlatformError{"no content"};
     if (desktop.content && !options.excludingDesktopWindows && options.onScreenWindowsOnly) outcome = *desktop.content;
     desktop.deliver([=] { handler(outcome); });
   }
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
-                    CompletionHandler<ImageRef> handler) const override {
+                    CompletionHandler<ImageRef> handler) override {
     ++desktop.calls["captureImage"];
     desktop.filter = filter;
     const PixelSize asked{configuration.width, configuration.height};
@@ -128,7 +128,7 @@ RunningApplicationRef application(std::int32_t pid, Text identifier, Text name, 
   return std::make_shared<FakeApplication>(pid, std::move(identifier), std::move(name), policy);
 }
 
-std::optional<AttributeValue> FakeElement::copyAttributeValue(std::string_view name) const {
+std::optional<AttributeValue> FakeElement::copyAttributeValue(std::string_view name) {
   asked.emplace_back(name);
   return lookUp(attributes, name);
 }

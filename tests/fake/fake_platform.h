@@ -24,10 +24,10 @@ platform::RunningApplicationRef application(
 /// An element that has just these attributes (text is a std::string), and notes which are asked for.
 struct FakeElement final : platform::UIElement {
   Map<platform::AttributeValue> attributes;
-  mutable std::vector<std::string> asked = {};
+  std::vector<std::string> asked = {};
 
   explicit FakeElement(Map<platform::AttributeValue> values) : attributes(std::move(values)) {}
-  std::optional<platform::AttributeValue> copyAttributeValue(std::string_view name) const override;
+  std::optional<platform::AttributeValue> copyAttributeValue(std::string_view name) override;
 };
 using FakeElementRef = std::shared_ptr<FakeElement>;
 

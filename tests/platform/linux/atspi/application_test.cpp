@@ -49,7 +49,7 @@ TEST(Application, ShowsWindowCoordinatesOfGTK4OnTheScreen) {
     auto objects = twoWindows(toolkit, version);
     for (auto& [path, object] : objects) object.knowsScreen = knowsScreen;
     FakePeer peer(objects);
-    const auto application =
+    auto application =
         applicationOn(peer, {{.title = "W", .client = {500, 400, 310, 210}, .contents = {500, 400, 310, 210}}});
     const auto windows = std::get<std::vector<UIElementRef>>(*application.copyAttributeValue("AXWindows"));
     ASSERT_EQ(windows.size(), 2U);
@@ -81,7 +81,7 @@ TEST(Application, FindsTheFocusedElement) {
 }
 
 TEST(Application, OfAProcessWithoutOneFindsNothing) {
-  const Application application([] { return nullptr; }, [] { return Windows{}; });
+  Application application([] { return nullptr; }, [] { return Windows{}; });
   for (const auto* attribute : {"AXRole", "AXMainWindow", "AXWindows", "AXFocusedUIElement", "AXChildren"})
     EXPECT_FALSE(application.copyAttributeValue(attribute).has_value()) << attribute;
 }

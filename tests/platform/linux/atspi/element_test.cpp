@@ -22,13 +22,13 @@ using Clock = std::chrono::steady_clock;
 constexpr unsigned kAllFacts =
     fact::role | fact::name | fact::text | fact::helpText | fact::description | fact::extents;
 
-std::string string(const UIElement& element, std::string_view attribute) {
+std::string string(UIElement& element, std::string_view attribute) {
   const auto value = element.copyAttributeValue(attribute);
   return value ? std::get<std::string>(*value) : "-";
 }
 
 /// Everything that a walk of the first `maxChildren` children down to `maxDepth` sees.
-std::string dump(const UIElement& element, int maxDepth, std::size_t maxChildren) {
+std::string dump(UIElement& element, int maxDepth, std::size_t maxChildren) {
   std::string result = "(";
   for (const auto* attribute : {"AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription"})
     result += string(element, attribute) + " ";

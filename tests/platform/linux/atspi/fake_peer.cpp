@@ -80,10 +80,9 @@ FakePeer::~FakePeer() {
   thread_.join();
 }
 
-std::shared_ptr<const Element> FakePeer::takeRoot(dbus::PatienceLimits limits) {
+std::shared_ptr<Element> FakePeer::takeRoot(dbus::PatienceLimits limits) {
   auto session = std::make_shared<Session>(std::exchange(connection_, nullptr), dbus::Patience(limits));
-  return std::make_shared<const Element>(std::move(session), dbus::Reference{.busName = kName, .path = "/root"},
-                                         Point{});
+  return std::make_shared<Element>(std::move(session), dbus::Reference{.busName = kName, .path = "/root"}, Point{});
 }
 
 std::ptrdiff_t FakePeer::calls(const std::string& member, const std::string& path) const {

@@ -45,7 +45,7 @@ class FakePeer {
   ~FakePeer();
 
   /// The element of its object "/root", which takes over the connection.
-  std::shared_ptr<const Element> takeRoot(dbus::PatienceLimits limits = {});
+  std::shared_ptr<Element> takeRoot(dbus::PatienceLimits limits = {});
   /// How often a method was called, or a property read, of one object, or of all.
   std::ptrdiff_t calls(const std::string& member, const std::string& path = {}) const;
 

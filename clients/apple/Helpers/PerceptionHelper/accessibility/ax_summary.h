@@ -9,11 +9,10 @@ namespace tavik {
 
 /// The outcome of an accessibility capture. The default-constructed one is that of a capture that did not walk.
 struct AXSummary {
-  std::int64_t nodeCount = 0;  ///< elements visited, the root included
-  std::int64_t textChars =
-      0;  ///< characters (grapheme clusters) of the titles, unredacted values and descriptions reported
+  std::int64_t nodeCount = 0;                   ///< elements visited, the root included
+  std::int64_t textChars = 0;                   ///< grapheme clusters of all titles, values and descriptions reported
   std::optional<ResponseDictionary> tree = {};  ///< the root's node; present whenever a walk ran
-  bool redactionApplied = false;                ///< at least one value was withheld
+  bool redactionApplied = false;                ///< at least one value was withheld, which does not count as text
 };
 
 }  // namespace tavik

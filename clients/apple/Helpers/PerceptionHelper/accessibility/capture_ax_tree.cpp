@@ -1,7 +1,6 @@
 #include "accessibility/capture_ax_tree.h"
 
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -15,19 +14,19 @@ using platform::UIElementRef;
 constexpr int kMaxDepth = 8;
 
 platform::RunningApplicationRef chosenApplication(Target target, const std::optional<ResolvedTargetApp>& targetApp,
-                                                  const platform::Workspace& workspace) {
+                                                  platform::Workspace& workspace) {
   if (target == Target::focused_element) return workspace.frontmostApplication();
   return targetApp ? targetApp->app : nullptr;
 }
 
 /// The element that an attribute holds; null when it holds none.
-UIElementRef elementAttr(const platform::UIElement& element, std::string_view name) {
+UIElementRef elementAttr(platform::UIElement& element, std::string_view name) {
   const auto value = element.copyAttributeValue(name);
   const auto* const found = value ? std::get_if<UIElementRef>(&*value) : nullptr;
   return found != nullptr ? *found : nullptr;
 }
 
-UIElementRef firstWindow(const platform::UIElement& application) {
+UIElementRef firstWindow(platform::UIElement& application) {
   const auto value = application.copyAttributeValue("AXWindows");
   const auto* const windows = value ? std::get_if<std::vector<UIElementRef>>(&*value) : nullptr;
   return windows != nullptr && !windows->empty() ? windows->front() : nullptr;
@@ -47,19 +46,16 @@ UIElementRef chosenRoot(Target target, const UIElementRef& application) {
 }  // namespace
 
 AXSummary captureAXTree(Target target, const std::optional<ResolvedTargetApp>& targetApp,
-                        const SensitiveAppsConfig& redaction, const platform::Accessibility& accessibility,
-                        const platform::Workspace& workspace) {
+                        const SensitiveAppsConfig& redaction, platform::Accessibility& accessibility,
+                        platform::Workspace& workspace) {
   if (!accessibility.isProcessTrusted()) return {};
   const auto app = chosenApplication(target, targetApp, workspace);
   if (!app) return {};
   const auto root = chosenRoot(target, accessibility.createApplication(app->processIdentifier()));
-  accessibility.prefetch(root, kMaxDepth, maxAXChildren);
-  AXCounters counters;
-  auto tree = walkAXElement(*root, {.depth = 0, .maxDepth = kMaxDepth}, counters, redaction);
-  return {.nodeCount = counters.nodeCount,
-          .textChars = counters.textChars,
-          .tree = std::move(tree),
-          .redactionApplied = counters.redactionApplied};
+  accessibility.prefetch(root, {.maxDepth = kMaxDepth, .maxChildren = maxAXChildren, .attributes = walkedAXAttributes});
+  AXSummary summary;
+  summary.tree = walkAXElement(*root, {.depth = 0, .maxDepth = kMaxDepth}, summary, redaction);
+  return summary;
 }
 
 }  // namespace tavik

@@ -16,7 +16,7 @@ namespace tavik {
 /// application (else the application itself) for Target::focused_element; `targetApp` itself for the other targets.
 /// Without trust, or without an application, nothing is walked.
 AXSummary captureAXTree(Target target, const std::optional<ResolvedTargetApp>& targetApp,
-                        const SensitiveAppsConfig& redaction, const platform::Accessibility& accessibility,
-                        const platform::Workspace& workspace);
+                        const SensitiveAppsConfig& redaction, platform::Accessibility& accessibility,
+                        platform::Workspace& workspace);
 
 }  // namespace tavik

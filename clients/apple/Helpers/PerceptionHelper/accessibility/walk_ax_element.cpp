@@ -11,7 +11,7 @@ namespace {
 
 using platform::UIElement;
 
-std::optional<std::string> stringAttr(const UIElement& element, std::string_view name) {
+std::optional<std::string> stringAttr(UIElement& element, std::string_view name) {
   auto value = element.copyAttributeValue(name);
   auto* const text = value ? std::get_if<std::string>(&*value) : nullptr;
   return text != nullptr ? std::optional(std::move(*text)) : std::nullopt;
@@ -24,7 +24,7 @@ Geometry geometry(const platform::AttributeValue& value) {
   return found != nullptr ? *found : Geometry{};
 }
 
-std::optional<ResponseArray> frameAttr(const UIElement& element) {
+std::optional<ResponseArray> frameAttr(UIElement& element) {
   const auto position = element.copyAttributeValue("AXPosition");
   if (!position) return std::nullopt;
   const auto size = element.copyAttributeValue("AXSize");
@@ -45,19 +45,19 @@ void add(std::string_view key, const std::optional<std::string>& text, ResponseD
 }
 
 void addCounted(std::string_view key, const std::optional<std::string>& text, ResponseDictionary& node,
-                AXCounters& counters) {
-  if (text) counters.textChars += text::characterCount(*text);
+                AXSummary& summary) {
+  if (text) summary.textChars += text::characterCount(*text);
   add(key, text, node);
 }
 
-void addValue(const UIElement& element, bool isBlocked, ResponseDictionary& node, AXCounters& counters) {
+void addValue(UIElement& element, bool isBlocked, ResponseDictionary& node, AXSummary& summary) {
   const auto value = stringAttr(element, "AXValue");
-  if (!value || !isBlocked) return addCounted("value", value, node, counters);
+  if (!value || !isBlocked) return addCounted("value", value, node, summary);
   node["value"] = "<redacted>";
-  counters.redactionApplied = true;
+  summary.redactionApplied = true;
 }
 
-void addChildren(const UIElement& element, WalkDepth depth, ResponseDictionary& node, AXCounters& counters,
+void addChildren(UIElement& element, WalkDepth depth, ResponseDictionary& node, AXSummary& summary,
                  const SensitiveAppsConfig& redaction) {
   const auto value = element.copyAttributeValue("AXChildren");
   const auto* const elements = value ? std::get_if<std::vector<platform::UIElementRef>>(&*value) : nullptr;
@@ -67,26 +67,26 @@ void addChildren(const UIElement& element, WalkDepth depth, ResponseDictionary& 
   children.reserve(count);
   const WalkDepth childDepth{.depth = depth.depth + 1, .maxDepth = depth.maxDepth};
   for (std::size_t i = 0; i < count; ++i) {
-    children.emplace_back(walkAXElement(*(*elements)[i], childDepth, counters, redaction));
+    children.emplace_back(walkAXElement(*(*elements)[i], childDepth, summary, redaction));
   }
   node["children"] = std::move(children);
 }
 
 }  // namespace
 
-ResponseDictionary walkAXElement(const UIElement& element, WalkDepth depth, AXCounters& counters,
+ResponseDictionary walkAXElement(UIElement& element, WalkDepth depth, AXSummary& summary,
                                  const SensitiveAppsConfig& redaction) {
-  ++counters.nodeCount;
+  ++summary.nodeCount;
   ResponseDictionary node;
   const auto role = stringAttr(element, "AXRole");
   const bool isBlocked = role && redaction.axRoleTextBlocklist.contains(*role);
   add("role", role, node);
-  addCounted("title", stringAttr(element, "AXTitle"), node, counters);
-  addValue(element, isBlocked, node, counters);
+  addCounted("title", stringAttr(element, "AXTitle"), node, summary);
+  addValue(element, isBlocked, node, summary);
   add("help", stringAttr(element, "AXHelp"), node);
-  addCounted("description", stringAttr(element, "AXDescription"), node, counters);
+  addCounted("description", stringAttr(element, "AXDescription"), node, summary);
   if (auto frame = frameAttr(element)) node["frame"] = std::move(*frame);
-  if (depth.depth < depth.maxDepth) addChildren(element, depth, node, counters, redaction);
+  if (depth.depth < depth.maxDepth) addChildren(element, depth, node, summary, redaction);
   return node;
 }
 

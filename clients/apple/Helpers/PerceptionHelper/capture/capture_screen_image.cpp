@@ -25,14 +25,14 @@ awaitable<std::optional<Value>> valueOf(awaitable<Value> operation) {
   }
 }
 
-awaitable<std::optional<ShareableContent>> listContent(const ScreenCapture& screenCapture) {
+awaitable<std::optional<ShareableContent>> listContent(ScreenCapture& screenCapture) {
   return valueOf(continuation<ShareableContent>([&screenCapture](CompletionHandler<ShareableContent> handler) {
     screenCapture.getShareableContent({.excludingDesktopWindows = false, .onScreenWindowsOnly = true},
                                       std::move(handler));
   }));
 }
 
-awaitable<std::optional<ImageRef>> takeScreenshot(const ScreenCapture& screenCapture, const Surface& surface) {
+awaitable<std::optional<ImageRef>> takeScreenshot(ScreenCapture& screenCapture, const Surface& surface) {
   return valueOf(continuation<ImageRef>([&screenCapture, &surface](CompletionHandler<ImageRef> handler) {
     screenCapture.captureImage(surface.filter, surface.configuration, std::move(handler));
   }));
@@ -51,8 +51,8 @@ std::optional<std::string> encodeOrNothing(const ImageRef& image, const ImagePar
 
 awaitable<std::variant<std::string, CaptureImageError>> captureScreenImage(const SurfaceRequest& request,
                                                                            const ImageParameters& parameters,
-                                                                           const ScreenCapture& screenCapture,
-                                                                           const platform::Workspace& workspace) {
+                                                                           ScreenCapture& screenCapture,
+                                                                           platform::Workspace& workspace) {
   if (!screenCapture.preflightScreenCaptureAccess()) co_return CaptureImageError::captureUnavailable;
   const auto content = co_await listContent(screenCapture);
   if (!content) co_return CaptureImageError::captureUnavailable;

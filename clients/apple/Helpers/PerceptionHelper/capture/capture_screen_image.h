@@ -17,7 +17,7 @@ namespace tavik {
 /// data URL or why there is none; throws nothing. Suspends while the platform lists its content and while it captures.
 /// All arguments outlive the task.
 boost::asio::awaitable<std::variant<std::string, CaptureImageError>> captureScreenImage(
-    const SurfaceRequest& request, const ImageParameters& parameters, const platform::ScreenCapture& screenCapture,
-    const platform::Workspace& workspace);
+    const SurfaceRequest& request, const ImageParameters& parameters, platform::ScreenCapture& screenCapture,
+    platform::Workspace& workspace);
 
 }  // namespace tavik

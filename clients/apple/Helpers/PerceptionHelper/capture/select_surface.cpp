@@ -36,11 +36,11 @@ SurfaceOrError oneWindow(const Display& display, const Window& window) {
   return surface({.display = display, .includedWindow = window}, {.width = *width, .height = *height});
 }
 
-bool belongsTo(const Window& window, const platform::RunningApplication& app) {
+bool belongsTo(const Window& window, platform::RunningApplication& app) {
   return window.owningApplication && window.owningApplication->processID == app.processIdentifier();
 }
 
-SurfaceOrError frontmostWindow(const platform::ShareableContent& content, const platform::Workspace& workspace) {
+SurfaceOrError frontmostWindow(const platform::ShareableContent& content, platform::Workspace& workspace) {
   const auto& display = content.displays.front();
   const auto app = workspace.frontmostApplication();
   if (!app) return wholeDisplay(display);
@@ -76,7 +76,7 @@ SurfaceOrError windowOf(const std::optional<ResolvedTargetApp>& targetApp, const
 }  // namespace
 
 SurfaceOrError selectSurface(const SurfaceRequest& request, const platform::ShareableContent& content,
-                             const platform::Workspace& workspace) {
+                             platform::Workspace& workspace) {
   if (content.displays.empty()) return CaptureImageError::noPrimaryDisplay;
   switch (request.target) {
     case Target::app:

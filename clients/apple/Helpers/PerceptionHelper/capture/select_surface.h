@@ -31,6 +31,6 @@ struct Surface {
 /// is captureFailed.
 std::variant<Surface, CaptureImageError> selectSurface(const SurfaceRequest& request,
                                                        const platform::ShareableContent& content,
-                                                       const platform::Workspace& workspace);
+                                                       platform::Workspace& workspace);
 
 }  // namespace tavik

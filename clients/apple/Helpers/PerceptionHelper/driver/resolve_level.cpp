@@ -2,9 +2,9 @@
 
 namespace tavik {
 
-Level resolveLevel(Level requested, AXCounts counts) {
+Level resolveLevel(Level requested, const AXSummary& ax) {
   if (requested != Level::auto_) return requested;
-  return counts.textChars > 50 && counts.nodes > 5 ? Level::glance : Level::read;
+  return ax.textChars > 50 && ax.nodeCount > 5 ? Level::glance : Level::read;
 }
 
 }  // namespace tavik

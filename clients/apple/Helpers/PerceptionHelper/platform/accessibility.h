@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -15,7 +16,7 @@
 namespace tavik::platform {
 
 struct UIElement;
-using UIElementRef = std::shared_ptr<const UIElement>;
+using UIElementRef = std::shared_ptr<UIElement>;
 
 /// A value of a type that the program does not read.
 struct OtherValue {};
@@ -32,21 +33,28 @@ struct UIElement {
   /// "AXHelp", "AXDescription", "AXPosition", "AXSize", "AXChildren"; of an application also "AXMainWindow",
   /// "AXWindows" and "AXFocusedUIElement". Nothing when it cannot be read, for whatever reason. Blocks until the
   /// application answers or the platform's patience ends.
-  virtual std::optional<AttributeValue> copyAttributeValue(std::string_view name) const = 0;
+  virtual std::optional<AttributeValue> copyAttributeValue(std::string_view name) = 0;
+};
+
+/// Which part of a tree a walk is about to read.
+struct WalkPlan {
+  int maxDepth = 0;     ///< of the elements that are visited; the first has depth 0
+  int maxChildren = 0;  ///< the first so many of each element are visited
+  std::span<const std::string_view> attributes =
+      {};  ///< read of every visited element, "AXChildren" only above maxDepth; they outlive every element
 };
 
 /// Access to the elements of applications.
 struct Accessibility {
   virtual ~Accessibility() = default;
   /// True when this process may read other applications' trees (AXIsProcessTrusted). Never prompts.
-  virtual bool isProcessTrusted() const = 0;
+  virtual bool isProcessTrusted() = 0;
   /// The element of a whole application (AXUIElementCreateApplication). Always yields one: every read of a process that
   /// has quit simply finds nothing.
-  virtual UIElementRef createApplication(std::int32_t processIdentifier) const = 0;
-  /// A hint that the first `maxChildren` children of each element are about to be walked, from `element` (depth 0) down
-  /// to depth `maxDepth`. A backend may fetch that subtree in a few round trips; every read answers as it would have
-  /// without the hint.
-  virtual void prefetch(const UIElementRef& element, int maxDepth, int maxChildren) const = 0;
+  virtual UIElementRef createApplication(std::int32_t processIdentifier) = 0;
+  /// A hint that a walk begins at `element`. A backend may fetch what the plan says in a few round trips; every read
+  /// answers as it would have without the hint.
+  virtual void prefetch(const UIElementRef& element, const WalkPlan& plan) = 0;
 };
 
 }  // namespace tavik::platform

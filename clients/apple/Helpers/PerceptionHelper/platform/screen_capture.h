@@ -75,14 +75,14 @@ using CompletionHandler = std::function<void(std::variant<Value, PlatformError>)
 struct ScreenCapture {
   virtual ~ScreenCapture() = default;
   /// True when this process may capture the screen (CGPreflightScreenCaptureAccess). Never prompts.
-  virtual bool preflightScreenCaptureAccess() const = 0;
+  virtual bool preflightScreenCaptureAccess() = 0;
   /// Lists displays and windows (getShareableContentExcludingDesktopWindows:onScreenWindowsOnly:completionHandler:).
   virtual void getShareableContent(const ShareableContentOptions& options,
-                                   CompletionHandler<ShareableContent> completionHandler) const = 0;
+                                   CompletionHandler<ShareableContent> completionHandler) = 0;
   /// Takes one screenshot (captureImageWithFilter:configuration:completionHandler:). The image has the configuration's
   /// size and is never null.
   virtual void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
-                            CompletionHandler<ImageRef> completionHandler) const = 0;
+                            CompletionHandler<ImageRef> completionHandler) = 0;
 };
 
 }  // namespace tavik::platform

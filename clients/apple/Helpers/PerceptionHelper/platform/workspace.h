@@ -21,15 +21,15 @@ enum class ActivationPolicy : std::uint8_t {
 /// One running application (NSRunningApplication). Its properties may be read at any time, also after it has quit.
 struct RunningApplication {
   virtual ~RunningApplication() = default;
-  virtual std::int32_t processIdentifier() const = 0;
+  virtual std::int32_t processIdentifier() = 0;
   /// The identifier that the desktop knows the application by ("com.apple.Safari", "org.gnome.Calculator"), if it has
   /// one.
-  virtual std::optional<std::string> bundleIdentifier() const = 0;
+  virtual std::optional<std::string> bundleIdentifier() = 0;
   /// The name that the desktop shows for it, in the user's language, if it has one.
-  virtual std::optional<std::string> localizedName() const = 0;
-  virtual ActivationPolicy activationPolicy() const = 0;
+  virtual std::optional<std::string> localizedName() = 0;
+  virtual ActivationPolicy activationPolicy() = 0;
 };
-using RunningApplicationRef = std::shared_ptr<const RunningApplication>;
+using RunningApplicationRef = std::shared_ptr<RunningApplication>;
 
 /// A screen (NSScreen).
 struct Screen {
@@ -43,14 +43,13 @@ struct Screen {
 struct Workspace {
   virtual ~Workspace() = default;
   /// Every running application, in the platform's order.
-  virtual std::vector<RunningApplicationRef> runningApplications() const = 0;
+  virtual std::vector<RunningApplicationRef> runningApplications() = 0;
   /// Those that carry this bundle identifier, in the same order; the platform does the matching
   /// (runningApplicationsWithBundleIdentifier:).
-  virtual std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(
-      std::string_view identifier) const = 0;
+  virtual std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) = 0;
   /// The application that receives key events; null when there is none.
-  virtual RunningApplicationRef frontmostApplication() const = 0;
-  virtual std::optional<Screen> mainScreen() const = 0;
+  virtual RunningApplicationRef frontmostApplication() = 0;
+  virtual std::optional<Screen> mainScreen() = 0;
 };
 
 }  // namespace tavik::platform

@@ -1,6 +1,7 @@
 #include "protocol/decode_request.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 #include <boost/json/monotonic_resource.hpp>
@@ -9,6 +10,7 @@
 #include <boost/json/value.hpp>
 
 #include "text/quoted.h"
+#include "text/utf8.h"
 
 namespace tavik {
 namespace {
@@ -92,30 +94,14 @@ Failure decode(const json::value& value, std::string_view path, Region& result) 
   return failure;
 }
 
-template <class T>
-Failure decodeOptional(const json::object& object, std::string_view key, std::optional<T>& result) {
-  const auto* const value = object.if_contains(key);
-  if (value == nullptr || value->is_null()) return std::nullopt;
-  return decode(*value, key, result.emplace());
-}
-
-std::variant<Request, DecodeError> decodeFields(const json::object& object) {
+std::variant<Request, DecodeError> decodeMembers(const json::object& object) {
   Request request;
   Failure failure;
-  const auto field = [&](std::string_view key, auto& member) {
-    if (!failure) failure = decodeOptional(object, key, member);
+  const auto decodeMember = [&](const auto& row) {
+    const auto* const value = failure ? nullptr : object.if_contains(row.key);
+    if (value != nullptr && !value->is_null()) failure = decode(*value, row.key, (request.*row.member).emplace());
   };
-  field("level", request.level);
-  field("target", request.target);
-  field("region", request.region);
-  field("include_image", request.include_image);
-  field("include_ax_tree", request.include_ax_tree);
-  field("include_caption", request.include_caption);
-  field("max_long_edge_px", request.max_long_edge_px);
-  field("format", request.format);
-  field("app_bundle_id", request.app_bundle_id);
-  field("app_name", request.app_name);
-  field("allow_focus_steal", request.allow_focus_steal);
+  std::apply([&](const auto&... rows) { (decodeMember(rows), ...); }, kRequestMembers);
   if (failure) return DecodeError{*failure};
   return request;
 }
@@ -125,8 +111,7 @@ std::string position(std::string_view consumed) {
   const auto line = 1 + std::count(consumed.begin(), consumed.end(), '\n');
   const auto lineStart = consumed.rfind('\n');
   if (lineStart != std::string_view::npos) consumed.remove_prefix(lineStart + 1);
-  const auto column = 1 + std::count_if(consumed.begin(), consumed.end(),
-                                        [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; });
+  const auto column = 1 + std::ranges::count_if(consumed, std::not_fn(text::isContinuationByte));
   return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
@@ -145,7 +130,7 @@ std::variant<Request, DecodeError> decodeRequest(std::string_view bytes) {
   const auto document = parser.release();
   const auto* const object = document.if_object();
   if (object == nullptr) return DecodeError{expected("an object", "request", document)};
-  return decodeFields(*object);
+  return decodeMembers(*object);
 }
 
 }  // namespace tavik

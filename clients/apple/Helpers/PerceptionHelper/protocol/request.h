@@ -1,10 +1,13 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 #include "protocol/raw_values.h"
 
@@ -38,8 +41,8 @@ struct Region {
   bool operator==(const Region&) const = default;
 };
 
-/// What the caller asks for, as sent: each member is named as its JSON key and absent unless the key came with a value
-/// that is not null. The default-constructed request is the empty one.
+/// What the caller asks for, as sent: each member is absent unless its key came with a value that is not null. The
+/// default-constructed request is the empty one.
 struct Request {
   std::optional<Level> level = {};
   std::optional<Target> target = {};
@@ -54,5 +57,33 @@ struct Request {
   std::optional<bool> allow_focus_steal = {};  ///< accepted, without effect
   bool operator==(const Request&) const = default;
 };
+
+template <class Value>
+struct RequestMember {
+  std::string_view key = {};  ///< in the JSON object
+  std::optional<Value> Request::*member = nullptr;
+};
+
+/// Every member of Request, in its order.
+inline constexpr std::tuple kRequestMembers{
+    RequestMember{"level", &Request::level},
+    RequestMember{"target", &Request::target},
+    RequestMember{"region", &Request::region},
+    RequestMember{"include_image", &Request::include_image},
+    RequestMember{"include_ax_tree", &Request::include_ax_tree},
+    RequestMember{"include_caption", &Request::include_caption},
+    RequestMember{"max_long_edge_px", &Request::max_long_edge_px},
+    RequestMember{"format", &Request::format},
+    RequestMember{"app_bundle_id", &Request::app_bundle_id},
+    RequestMember{"app_name", &Request::app_name},
+    RequestMember{"allow_focus_steal", &Request::allow_focus_steal},
+};
+
+template <std::size_t... Index>
+constexpr bool hasAsManyMembers(std::index_sequence<Index...>) {
+  return requires { Request{(static_cast<void>(Index), std::nullopt)...}; };
+}
+static_assert(!hasAsManyMembers(std::make_index_sequence<std::tuple_size_v<decltype(kRequestMembers)> + 1>()),
+              "the table misses a member of Request");
 
 }  // namespace tavik

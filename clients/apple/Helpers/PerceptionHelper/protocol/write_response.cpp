@@ -83,7 +83,7 @@ void writeError(const ErrorReply& reply, platform::StandardStreams& streams) {
 }
 
 void writeSerializationFailure(platform::StandardStreams& streams) noexcept {
-  writeLine(R"({"ok": false, "code": "helper_serialize_failed"})", streams);
+  writeLine(kSerializationFailure, streams);
 }
 
 }  // namespace tavik

@@ -17,8 +17,8 @@ std::string iso8601(std::chrono::system_clock::time_point date) {
   return text.data();
 }
 
-ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& targetApp,
-                                  const platform::Workspace& workspace, const platform::Host& host) {
+ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& targetApp, platform::Workspace& workspace,
+                                  const platform::Host& host) {
   ResponseDictionary context{{"captured_at_utc", iso8601(host.currentDate())}};
   if (const auto app = targetApp ? targetApp->app : workspace.frontmostApplication()) {
     context["app_bundle_id"] = app->bundleIdentifier().value_or("unknown");

@@ -17,7 +17,7 @@ std::string iso8601(std::chrono::system_clock::time_point date);
 /// When, of which application (the given one, else the frontmost) and on which screen a capture is made:
 /// "captured_at_utc", "app_bundle_id" and "app_name" when there is an application, "display_id" and "scale_factor" when
 /// there is a main screen.
-ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& targetApp,
-                                  const platform::Workspace& workspace, const platform::Host& host);
+ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& targetApp, platform::Workspace& workspace,
+                                  const platform::Host& host);
 
 }  // namespace tavik

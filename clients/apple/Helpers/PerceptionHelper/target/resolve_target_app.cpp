@@ -17,8 +17,7 @@ std::string_view trimmed(const std::optional<std::string>& identifier) {
   return identifier ? text::trimmedOfWhitespaceAndNewlines(*identifier) : std::string_view();
 }
 
-std::optional<ResolvedTargetApp> findByBundleIdentifier(std::string_view identifier,
-                                                        const platform::Workspace& workspace) {
+std::optional<ResolvedTargetApp> findByBundleIdentifier(std::string_view identifier, platform::Workspace& workspace) {
   if (identifier.empty()) return std::nullopt;
   const auto apps = workspace.runningApplicationsWithBundleIdentifier(identifier);
   if (apps.empty()) return std::nullopt;
@@ -26,7 +25,7 @@ std::optional<ResolvedTargetApp> findByBundleIdentifier(std::string_view identif
   return ResolvedTargetApp{regular != apps.end() ? *regular : apps.front()};
 }
 
-std::optional<ResolvedTargetApp> findByName(std::string_view name, const platform::Workspace& workspace) {
+std::optional<ResolvedTargetApp> findByName(std::string_view name, platform::Workspace& workspace) {
   if (name.empty()) return std::nullopt;
   const auto apps = workspace.runningApplications();
   const auto found = std::find_if(apps.begin(), apps.end(), [&](const auto& app) {
@@ -40,8 +39,7 @@ std::optional<ResolvedTargetApp> findByName(std::string_view name, const platfor
 
 }  // namespace
 
-std::optional<ResolvedTargetApp> resolveTargetApp(const AppIdentifiers& identifiers,
-                                                  const platform::Workspace& workspace) {
+std::optional<ResolvedTargetApp> resolveTargetApp(const AppIdentifiers& identifiers, platform::Workspace& workspace) {
   if (auto app = findByBundleIdentifier(trimmed(identifiers.bundleId), workspace)) return app;
   return findByName(trimmed(identifiers.name), workspace);
 }

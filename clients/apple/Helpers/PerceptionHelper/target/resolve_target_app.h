@@ -17,7 +17,6 @@ struct AppIdentifiers {
 /// Finds the application among those that run; launches and activates nothing. The trimmed bundle identifier decides
 /// alone when any application carries it, a regular one first. Otherwise the first regular application whose localized
 /// name equals the trimmed name, letter case aside.
-std::optional<ResolvedTargetApp> resolveTargetApp(const AppIdentifiers& identifiers,
-                                                  const platform::Workspace& workspace);
+std::optional<ResolvedTargetApp> resolveTargetApp(const AppIdentifiers& identifiers, platform::Workspace& workspace);
 
 }  // namespace tavik

@@ -5,6 +5,9 @@
 
 namespace tavik::text {
 
+/// True for the second to last bytes of the sequences that spell one code point.
+constexpr bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
 /// True when every byte belongs to a well-formed UTF-8 sequence (Unicode, table 3-7: no surrogates, no overlong forms).
 bool isValidUTF8(std::string_view bytes);
 

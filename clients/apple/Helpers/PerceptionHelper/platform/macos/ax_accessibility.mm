@@ -9,13 +9,13 @@ namespace tavik::platform::macos {
 namespace {
 
 struct AXAccessibility final : Accessibility {
-  bool isProcessTrusted() const override { return AXIsProcessTrusted() != 0; }
+  bool isProcessTrusted() override { return AXIsProcessTrusted() != 0; }
 
-  UIElementRef createApplication(std::int32_t processIdentifier) const override {
+  UIElementRef createApplication(std::int32_t processIdentifier) override {
     return makeElement(CFRef(AXUIElementCreateApplication(processIdentifier)));
   }
 
-  void prefetch(const UIElementRef& element, int maxDepth, int) const override { readInBatches(element, maxDepth); }
+  void prefetch(const UIElementRef& element, const WalkPlan& plan) override { readInBatches(element, plan); }
 };
 
 }  // namespace

@@ -1,10 +1,11 @@
 #include "platform/macos/ax_element.h"
 
-#include <array>
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <span>
-#include <string>
+#include <string_view>
 
 #include "platform/macos/ax_value.h"
 #include "platform/macos/cf_string.h"
@@ -14,23 +15,22 @@ namespace {
 
 static_assert(kAXErrorSuccess == 0);
 
-using Answers = std::map<std::string, std::optional<AttributeValue>, std::less<>>;
+constexpr std::string_view kChildren = "AXChildren";
 
-/// What a walk reads of every element; the last one only of those whose children it visits.
-constexpr std::array kWalkedAttributes{"AXRole",        "AXTitle",    "AXValue", "AXHelp",
-                                       "AXDescription", "AXPosition", "AXSize",  "AXChildren"};
+using Answers = std::map<std::string_view, std::optional<AttributeValue>>;
 
 class AXElement final : public UIElement {
  public:
   explicit AXElement(CFRef<AXUIElementRef> element) : element_(std::move(element)) {}
 
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override {
-    if (const auto depth = std::exchange(batchDepth_, std::nullopt)) readBatch(*depth);
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
+    if (const auto plan = std::exchange(plan_, std::nullopt)) readBatch(*plan);
     const auto known = answers_.find(name);
     return known != answers_.end() ? known->second : readSingly(name);
   }
 
-  void readInBatches(int depth) const { batchDepth_ = depth; }
+  /// `plan` counts depths from this element on.
+  void readInBatches(const WalkPlan& plan) { plan_ = plan; }
 
  private:
   std::optional<AttributeValue> readSingly(std::string_view name) const {
@@ -41,55 +41,64 @@ class AXElement final : public UIElement {
     return isRead && value ? std::optional(attributeValue(value.get())) : std::nullopt;
   }
 
-  void readBatch(int depth) const;
+  void readBatch(const WalkPlan& plan);
 
   CFRef<AXUIElementRef> element_;
-  /// How many levels below this element are to be read in batches; nothing when this one is not, or has been.
-  mutable std::optional<int> batchDepth_ = {};
-  mutable Answers answers_ = {};
+  std::optional<WalkPlan> plan_ = {};  ///< nothing when no batch is to be read, or when it has been
+  Answers answers_ = {};
 };
 
-CFRef<CFArrayRef> makeArray(std::span<const CFRef<CFStringRef>> strings) {
+CFRef<CFArrayRef> makeArray(std::span<const std::string_view> names) {
+  std::vector<CFRef<CFStringRef>> strings;
   std::vector<const void*> values;
-  for (const auto& string : strings) values.push_back(string.get());
+  for (const auto name : names) values.push_back(strings.emplace_back(makeString(name)).get());
   return CFRef(
       CFArrayCreate(kCFAllocatorDefault, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeArrayCallBacks));
 }
 
-void markChildren(const std::optional<AttributeValue>& children, int depth) {
-  const auto* const list = children ? std::get_if<std::vector<UIElementRef>>(&*children) : nullptr;
-  if (list == nullptr) return;
-  for (const auto& child : *list) readInBatches(child, depth);
+/// What the plan reads of an element whose children are not visited.
+std::vector<std::string_view> withoutChildren(std::span<const std::string_view> attributes) {
+  std::vector<std::string_view> names;
+  std::ranges::remove_copy(attributes, std::back_inserter(names), kChildren);
+  return names;
 }
 
-void AXElement::readBatch(int depth) const {
-  std::vector<CFRef<CFStringRef>> names;
-  for (const char* const name : kWalkedAttributes) names.push_back(makeString(name));
-  if (depth <= 0) names.pop_back();
-  const auto attributes = makeArray(names);
-  constexpr AXCopyMultipleAttributeOptions noOptions{};
+void markChildren(const AttributeValue& children, const WalkPlan& plan) {
+  const auto* const list = std::get_if<std::vector<UIElementRef>>(&children);
+  if (list == nullptr) return;
+  for (const auto& child : *list) readInBatches(child, plan);
+}
+
+void AXElement::readBatch(const WalkPlan& plan) {
+  const std::vector names = plan.maxDepth > 0 ? std::vector(plan.attributes.begin(), plan.attributes.end())
+                                              : withoutChildren(plan.attributes);
+  constexpr AXCopyMultipleAttributeOptions kNoOptions{};
   CFRef<CFArrayRef> values;
-  const auto error = AXUIElementCopyMultipleAttributeValues(element_.get(), attributes.get(), noOptions, values.out());
+  const auto error =
+      AXUIElementCopyMultipleAttributeValues(element_.get(), makeArray(names).get(), kNoOptions, values.out());
   if (error != kAXErrorSuccess || !values || CFArrayGetCount(values.get()) != std::ssize(names)) return;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const CFTypeRef value = CFArrayGetValueAtIndex(values.get(), static_cast<CFIndex>(i));
     if (value == nullptr) continue;
     if (isAbsence(value)) {
-      answers_.emplace(kWalkedAttributes[i], std::nullopt);
+      answers_.emplace(names[i], std::nullopt);
     } else if (!isPlaceholder(value)) {
-      answers_.emplace(kWalkedAttributes[i], attributeValue(value));
+      answers_.emplace(names[i], attributeValue(value));
     }
   }
-  if (const auto children = answers_.find("AXChildren"); children != answers_.end())
-    markChildren(children->second, depth - 1);
+  if (const auto children = answers_.find(kChildren); children != answers_.end() && children->second) {
+    auto below = plan;
+    --below.maxDepth;
+    markChildren(*children->second, below);
+  }
 }
 
 }  // namespace
 
 UIElementRef makeElement(CFRef<AXUIElementRef> element) { return std::make_shared<AXElement>(std::move(element)); }
 
-void readInBatches(const UIElementRef& element, int maxDepth) {
-  static_cast<const AXElement&>(*element).readInBatches(maxDepth);
+void readInBatches(const UIElementRef& element, const WalkPlan& plan) {
+  static_cast<AXElement&>(*element).readInBatches(plan);
 }
 
 }  // namespace tavik::platform::macos

@@ -17,10 +17,10 @@ class AppKitApplication final : public RunningApplication {
   explicit AppKitApplication(NSRunningApplication* application)
       : application_(ObjCRef<NSRunningApplication*>::retaining(application)) {}
 
-  std::int32_t processIdentifier() const override { return [application_.get() processIdentifier]; }
-  std::optional<std::string> bundleIdentifier() const override { return utf8Of([application_.get() bundleIdentifier]); }
-  std::optional<std::string> localizedName() const override { return utf8Of([application_.get() localizedName]); }
-  ActivationPolicy activationPolicy() const override {
+  std::int32_t processIdentifier() override { return [application_.get() processIdentifier]; }
+  std::optional<std::string> bundleIdentifier() override { return utf8Of([application_.get() bundleIdentifier]); }
+  std::optional<std::string> localizedName() override { return utf8Of([application_.get() localizedName]); }
+  ActivationPolicy activationPolicy() override {
     return static_cast<ActivationPolicy>([application_.get() activationPolicy]);
   }
 
@@ -43,23 +43,22 @@ std::optional<std::int64_t> integerOf(id object) {
 }
 
 struct AppKitWorkspace final : Workspace {
-  std::vector<RunningApplicationRef> runningApplications() const override {
+  std::vector<RunningApplicationRef> runningApplications() override {
     return toApplications([[NSWorkspace sharedWorkspace] runningApplications]);
   }
 
-  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(
-      std::string_view identifier) const override {
+  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
     const auto string = makeNSString(identifier);
     if (string.get() == nil) return {};
     return toApplications([NSRunningApplication runningApplicationsWithBundleIdentifier:string.get()]);
   }
 
-  RunningApplicationRef frontmostApplication() const override {
+  RunningApplicationRef frontmostApplication() override {
     NSRunningApplication* const frontmost = [[NSWorkspace sharedWorkspace] frontmostApplication];
     return frontmost != nil ? std::make_shared<AppKitApplication>(frontmost) : nullptr;
   }
 
-  std::optional<Screen> mainScreen() const override {
+  std::optional<Screen> mainScreen() override {
     NSScreen* const screen = [NSScreen mainScreen];
     if (screen == nil) return std::nullopt;
     return Screen{.screenNumber = integerOf([[screen deviceDescription] objectForKey:@"NSScreenNumber"]),

@@ -77,10 +77,10 @@ ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& con
 
 class ScreenCaptureKit final : public ScreenCapture {
  public:
-  bool preflightScreenCaptureAccess() const override { return CGPreflightScreenCaptureAccess(); }
+  bool preflightScreenCaptureAccess() override { return CGPreflightScreenCaptureAccess(); }
 
   void getShareableContent(const ShareableContentOptions& options,
-                           CompletionHandler<ShareableContent> completionHandler) const override {
+                           CompletionHandler<ShareableContent> completionHandler) override {
     [SCShareableContent getShareableContentExcludingDesktopWindows:options.excludingDesktopWindows ? YES : NO
                                                onScreenWindowsOnly:options.onScreenWindowsOnly ? YES : NO
                                                  completionHandler:^(SCShareableContent* content, NSError* error) {
@@ -92,7 +92,7 @@ class ScreenCaptureKit final : public ScreenCapture {
   }
 
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
-                    CompletionHandler<ImageRef> completionHandler) const override {
+                    CompletionHandler<ImageRef> completionHandler) override {
     const auto contentFilter = makeFilter(content_.get(), filter);
     if (contentFilter.get() == nil) return completionHandler(PlatformError{"this content has not been listed"});
     [SCScreenshotManager captureImageWithFilter:contentFilter.get()
@@ -105,7 +105,7 @@ class ScreenCaptureKit final : public ScreenCapture {
 
  private:
   /// What was listed last: filters are made of its objects. Nobody reads it before the handler has been called.
-  mutable ObjCRef<SCShareableContent*> content_ = {};
+  ObjCRef<SCShareableContent*> content_ = {};
 };
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/linux/applications/proc_path.h"
 #include "platform/posix/file_descriptor.h"
 #include "platform/posix/regular_file.h"
 
@@ -23,10 +24,6 @@ namespace tavik::platform::applications {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string procPath(std::int32_t processID, const char* name) {
-  return "/proc/" + std::to_string(processID) + "/" + name;
-}
 
 /// Field 3, the state, and field 20, the number of threads, of "PID (NAME) STATE ...", where the name may hold anything
 /// (proc(5)).

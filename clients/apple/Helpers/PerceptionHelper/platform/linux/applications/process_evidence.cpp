@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "platform/linux/applications/key_file.h"
+#include "platform/linux/applications/proc_path.h"
 #include "platform/posix/regular_file.h"
 #include "text/utf8.h"
 
@@ -14,13 +15,9 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{64} * 1024;
 
-std::string procFile(std::int32_t processID, const char* name) {
-  return "/proc/" + std::to_string(processID) + "/" + name;
-}
-
 /// What Flatpak has written into the sandbox of a process (flatpak-metadata(5)).
 std::string flatpakInfo(std::int32_t processID, const char* group, const char* key) {
-  const auto text = posix::readRegularFile(procFile(processID, "root/.flatpak-info"), kLargestFile);
+  const auto text = posix::readRegularFile(procPath(processID, "root/.flatpak-info"), kLargestFile);
   const auto file = text ? parseKeyFile(*text) : nullptr;
   return file ? plainString(file, group, key).value_or("") : "";
 }
@@ -34,13 +31,13 @@ std::string flatpakInstance(std::int32_t processID) { return flatpakInfo(process
 std::string executableName(std::int32_t processID) {
   constexpr std::string_view replaced = " (deleted)";
   std::error_code error;
-  auto name = std::filesystem::read_symlink(procFile(processID, "exe"), error).filename().string();
+  auto name = std::filesystem::read_symlink(procPath(processID, "exe"), error).filename().string();
   if (name.ends_with(replaced)) name.resize(name.size() - replaced.size());
   return text::toValidUTF8(name);
 }
 
 std::string processName(std::int32_t processID) {
-  const auto name = posix::readRegularFile(procFile(processID, "comm"), kLargestFile).value_or("");
+  const auto name = posix::readRegularFile(procPath(processID, "comm"), kLargestFile).value_or("");
   return text::toValidUTF8(std::string_view(name).substr(0, name.find('\n')));
 }
 

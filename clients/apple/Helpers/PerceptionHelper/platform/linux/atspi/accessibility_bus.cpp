@@ -10,8 +10,6 @@
 namespace tavik::platform::atspi {
 namespace {
 
-constexpr auto kPatience = std::chrono::milliseconds(1200);
-
 std::optional<std::string> addressOfEnvironment() {
   const char* address = std::getenv("AT_SPI_BUS_ADDRESS");
   return address ? std::optional<std::string>(address) : std::nullopt;
@@ -32,7 +30,7 @@ std::optional<std::string> addressOfSessionBus(dbus::Deadline deadline) {
 }  // namespace
 
 dbus::Bus connectToAccessibilityBus(const std::function<std::optional<std::string>()>& addressOfRootWindow) {
-  const dbus::Deadline deadline = std::chrono::steady_clock::now() + kPatience;
+  const dbus::Deadline deadline = std::chrono::steady_clock::now() + dbus::kLongestSilence;
   const std::array<std::function<std::optional<std::string>()>, 3> sources{
       addressOfEnvironment, addressOfRootWindow, [deadline] { return addressOfSessionBus(deadline); }};
   for (const auto& source : sources) {

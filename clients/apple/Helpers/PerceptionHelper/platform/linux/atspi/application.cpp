@@ -29,7 +29,7 @@ bool knowsWindowCoordinatesOnly(const Toolkit& toolkit) {
 }
 
 /// Finds out the toolkit and the windows.
-Toolkit readToolkitAndWindows(const Element& root) {
+Toolkit readToolkitAndWindows(Element& root) {
   dbus::Conversation& conversation = root.session()->conversation;
   Toolkit toolkit;
   conversation.askProperty(root.reference(), kApplication, "ToolkitName",
@@ -42,14 +42,14 @@ Toolkit readToolkitAndWindows(const Element& root) {
   return toolkit;
 }
 
-WindowClaim claimOf(const Element& window) {
+WindowClaim claimOf(Element& window) {
   const Knowledge& known = window.known();
   return {.title = known.name.value_or(""),
           .extents = known.extents,
           .isActive = (known.states.value_or(0) & kActive) != 0};
 }
 
-std::vector<WindowClaim> claimsOfWindows(const Element& root) {
+std::vector<WindowClaim> claimsOfWindows(Element& root) {
   const auto& windows = root.known().children;
   for (const auto& window : windows) window->ask(fact::name | fact::extents | fact::states);
   root.session()->conversation.settle();
@@ -64,7 +64,7 @@ std::vector<WindowClaim> claimsOfWindows(const Element& root) {
 Application::Application(FindRoot findRoot, FindWindows findWindows)
     : findRoot_(std::move(findRoot)), findWindows_(std::move(findWindows)) {}
 
-const Element* Application::root() const {
+Element* Application::root() {
   if (std::exchange(isResolved_, true)) return root_.get();
   root_ = findRoot_();
   if (!root_ || !knowsWindowCoordinatesOnly(readToolkitAndWindows(*root_))) return root_.get();
@@ -76,7 +76,7 @@ const Element* Application::root() const {
   return root_.get();
 }
 
-std::optional<AttributeValue> Application::copyAttributeValue(std::string_view name) const {
+std::optional<AttributeValue> Application::copyAttributeValue(std::string_view name) {
   const auto element = [](ElementRef found) {
     return found ? std::optional<AttributeValue>(UIElementRef(std::move(found))) : std::nullopt;
   };
@@ -86,7 +86,7 @@ std::optional<AttributeValue> Application::copyAttributeValue(std::string_view n
   return root()->copyAttributeValue(name == "AXWindows" ? "AXChildren" : name);
 }
 
-Application::ElementRef Application::mainWindow() const {
+Application::ElementRef Application::mainWindow() {
   const auto claims = claimsOfWindows(*root());
   std::vector<DesktopWindow> candidates;
   if (std::ranges::none_of(claims, &WindowClaim::isActive)) candidates = findWindows_();
@@ -94,13 +94,13 @@ Application::ElementRef Application::mainWindow() const {
   return main ? root()->known().children[*main] : nullptr;
 }
 
-std::vector<Application::ElementRef> Application::windowsMainFirst() const {
+std::vector<Application::ElementRef> Application::windowsMainFirst() {
   auto windows = root()->known().children;
   const auto main = std::ranges::find(windows, mainWindow());
   if (main != windows.end()) std::rotate(windows.begin(), main, std::next(main));
   return windows;
 }
 
-Application::ElementRef Application::focusedElement() const { return atspi::focusedElement(windowsMainFirst()); }
+Application::ElementRef Application::focusedElement() { return atspi::focusedElement(windowsMainFirst()); }
 
 }  // namespace tavik::platform::atspi

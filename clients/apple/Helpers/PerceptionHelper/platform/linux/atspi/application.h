@@ -17,26 +17,26 @@ namespace tavik::platform::atspi {
 /// The element of a whole application. Finds its object on the bus when the first attribute is read.
 class Application final : public UIElement {
  public:
-  using FindRoot = std::function<std::shared_ptr<const Element>()>;
+  using FindRoot = std::function<std::shared_ptr<Element>()>;
   using FindWindows = std::function<std::vector<DesktopWindow>()>;
   /// `findRoot` gives the application's object, or null; `findWindows` its windows as the window system has them,
   /// front to back.
   Application(FindRoot findRoot, FindWindows findWindows);
 
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override;
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override;
   /// The application's object, with its windows as children; null when there is none.
-  const Element* root() const;
+  Element* root();
 
  private:
-  using ElementRef = std::shared_ptr<const Element>;
-  ElementRef mainWindow() const;
-  ElementRef focusedElement() const;
-  std::vector<ElementRef> windowsMainFirst() const;
+  using ElementRef = std::shared_ptr<Element>;
+  ElementRef mainWindow();
+  ElementRef focusedElement();
+  std::vector<ElementRef> windowsMainFirst();
 
   FindRoot findRoot_;
   FindWindows findWindows_;
-  mutable bool isResolved_ = false;
-  mutable ElementRef root_;
+  bool isResolved_ = false;
+  ElementRef root_;
 };
 
 }  // namespace tavik::platform::atspi

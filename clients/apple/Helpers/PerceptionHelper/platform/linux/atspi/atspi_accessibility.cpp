@@ -23,11 +23,11 @@ class Desktop {
     return bus_;
   }
 
-  std::shared_ptr<const Element> findRoot(std::int32_t processID) {
+  std::shared_ptr<Element> findRoot(std::int32_t processID) {
     if (!bus()) return nullptr;
     auto session = std::make_shared<Session>(bus());
     const auto root = findApplication(session->conversation, processID);
-    return root ? std::make_shared<const Element>(std::move(session), *root, Point{}) : nullptr;
+    return root ? std::make_shared<Element>(std::move(session), *root, Point{}) : nullptr;
   }
 
   std::vector<DesktopWindow> windowsOf(std::int32_t processID) const {
@@ -45,24 +45,21 @@ class AtspiAccessibility final : public Accessibility {
   explicit AtspiAccessibility(WindowSystem windowSystem)
       : desktop_(std::make_shared<Desktop>(std::move(windowSystem))) {}
 
-  bool isProcessTrusted() const override { return desktop_->bus() != nullptr; }
+  bool isProcessTrusted() override { return desktop_->bus() != nullptr; }
 
-  UIElementRef createApplication(std::int32_t processID) const override {
-    return std::make_shared<const Application>(
-        [desktop = desktop_, processID] { return desktop->findRoot(processID); },
-        [desktop = desktop_, processID] { return desktop->windowsOf(processID); });
+  UIElementRef createApplication(std::int32_t processID) override {
+    return std::make_shared<Application>([desktop = desktop_, processID] { return desktop->findRoot(processID); },
+                                         [desktop = desktop_, processID] { return desktop->windowsOf(processID); });
   }
 
-  void prefetch(const UIElementRef& element, int maxDepth, int maxChildren) const override {
-    const auto* const application = dynamic_cast<const Application*>(element.get());
-    const auto* const root = application ? application->root() : dynamic_cast<const Element*>(element.get());
-    if (!root) return;
-    constexpr unsigned kFacts =
-        fact::role | fact::name | fact::text | fact::helpText | fact::description | fact::extents;
-    readTree(*root, {.maxDepth = maxDepth,
-                     .maxChildren = static_cast<std::size_t>(std::max(maxChildren, 0)),
+  void prefetch(const UIElementRef& element, const WalkPlan& plan) override {
+    auto* const application = dynamic_cast<Application*>(element.get());
+    auto* const root = application != nullptr ? application->root() : dynamic_cast<Element*>(element.get());
+    if (root == nullptr) return;
+    readTree(*root, {.maxDepth = plan.maxDepth,
+                     .maxChildren = static_cast<std::size_t>(std::max(plan.maxChildren, 0)),
                      .maxElements = SIZE_MAX,
-                     .facts = kFacts});
+                     .facts = factsFor(plan.attributes)});
   }
 
  private:

@@ -69,26 +69,39 @@ constexpr std::array kAttributes{
     Attribute{"AXSize", fact::extents, &size},
 };
 
+const Attribute* findAttribute(std::string_view name) {
+  const auto* const found = std::ranges::find(kAttributes, name, &Attribute::name);
+  return found != kAttributes.end() ? found : nullptr;
+}
+
 }  // namespace
+
+unsigned factsFor(std::span<const std::string_view> attributes) {
+  unsigned facts = 0;
+  for (const auto name : attributes) {
+    if (const auto* const attribute = findAttribute(name)) facts |= attribute->facts;
+  }
+  return facts;
+}
 
 Element::Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset)
     : session_(std::move(session)), reference_(std::move(reference)), known_{.offset = offset} {}
 
-std::optional<AttributeValue> Element::copyAttributeValue(std::string_view name) const {
+std::optional<AttributeValue> Element::copyAttributeValue(std::string_view name) {
   if (name == "AXChildren") {
     withChildren(kAllChildren, [] {});
     session_->conversation.settle();
     if (known_.children.empty()) return std::nullopt;
     return std::vector<UIElementRef>(known_.children.begin(), known_.children.end());
   }
-  const auto* const attribute = std::ranges::find(kAttributes, name, &Attribute::name);
-  if (attribute == kAttributes.end()) return std::nullopt;
+  const auto* const attribute = findAttribute(name);
+  if (attribute == nullptr) return std::nullopt;
   ask(attribute->facts);
   session_->conversation.settle();
   return attribute->read(known_);
 }
 
-void Element::ask(unsigned facts) const {
+void Element::ask(unsigned facts) {
   const unsigned fresh = facts & ~asked_;
   asked_ |= fresh;
   const auto isFresh = [fresh](unsigned fact) { return (fresh & fact) != 0; };
@@ -107,7 +120,7 @@ void Element::ask(unsigned facts) const {
   });
 }
 
-void Element::withInterfaces(const std::function<void()>& then) const {
+void Element::withInterfaces(const std::function<void()>& then) {
   if (std::exchange(askedInterfaces_, true)) return then();
   session_->conversation.ask(reference_, kAccessible, "GetInterfaces", [this, then](const dbus::Answer& answer) {
     known_.interfaces = readInterfaces(answer.reply);
@@ -115,7 +128,7 @@ void Element::withInterfaces(const std::function<void()>& then) const {
   });
 }
 
-void Element::askRole() const {
+void Element::askRole() {
   session_->conversation.ask(reference_, kAccessible, "GetRole", [this](const dbus::Answer& answer) {
     const auto role = readUInt32(answer.reply);
     if (!role) return;
@@ -133,13 +146,13 @@ void Element::askRole() const {
   });
 }
 
-void Element::askString(const char* property, std::optional<std::string>& result) const {
+void Element::askString(const char* property, std::optional<std::string>& result) {
   session_->conversation.askProperty(reference_, kAccessible, property, [this, &result](const dbus::Answer& answer) {
     result = admitted(readStringProperty(answer.reply));
   });
 }
 
-void Element::askHelpText() const {
+void Element::askHelpText() {
   if (session_->withoutHelpText.contains(reference_.busName)) return;
   session_->conversation.askProperty(reference_, kAccessible, "HelpText", [this](const dbus::Answer& answer) {
     if (answer.isUnsupported) session_->withoutHelpText.insert(reference_.busName);
@@ -147,19 +160,19 @@ void Element::askHelpText() const {
   });
 }
 
-void Element::askText() const {
+void Element::askText() {
   constexpr std::int32_t kToTheEnd = -1;
   const auto handler = [this](const dbus::Answer& answer) { known_.text = admitted(readString(answer.reply)); };
   session_->conversation.ask(reference_, kText, "GetText", handler, "ii", std::int32_t{0}, kToTheEnd);
 }
 
-void Element::askExtents() const {
+void Element::askExtents() {
   const auto handler = [this](const dbus::Answer& answer) { known_.extents = readExtents(answer.reply); };
   session_->conversation.ask(reference_, kComponent, "GetExtents", handler, "u",
                              static_cast<std::uint32_t>(session_->coordinates));
 }
 
-void Element::withChildren(std::size_t limit, const std::function<void()>& then) const {
+void Element::withChildren(std::size_t limit, const std::function<void()>& then) {
   if (std::exchange(askedChildren_, true)) return then();
   session_->conversation.askProperty(
       reference_, kAccessible, "ChildCount", [this, limit, then](const dbus::Answer& answer) {
@@ -170,7 +183,7 @@ void Element::withChildren(std::size_t limit, const std::function<void()>& then)
       });
 }
 
-void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) const {
+void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) {
   session_->conversation.ask(reference_, kAccessible, "GetChildren", [this, limit, then](const dbus::Answer& answer) {
     const std::size_t taken = std::min(limit, session_->elementsLeft);
     adopt(readReferences(answer.reply, taken).value_or(std::vector<dbus::Reference>{}));
@@ -178,7 +191,7 @@ void Element::askAllChildren(std::size_t limit, const std::function<void()>& the
   });
 }
 
-void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>& then) const {
+void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>& then) {
   if (limit == 0) return then();
   struct Answers {
     std::vector<dbus::Reference> references;
@@ -201,14 +214,14 @@ void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>&
   }
 }
 
-void Element::adopt(std::vector<dbus::Reference> references) const {
+void Element::adopt(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
   for (auto& reference : references)
-    known_.children.push_back(std::make_shared<const Element>(session_, std::move(reference), known_.offset));
+    known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset));
 }
 
-std::optional<std::string> Element::admitted(std::optional<std::string> text) const {
+std::optional<std::string> Element::admitted(std::optional<std::string> text) {
   if (!text || text->size() > session_->textBytesLeft) return std::nullopt;
   session_->textBytesLeft -= text->size();
   return text;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,8 +42,11 @@ struct Knowledge {
   std::optional<std::string> text = {};
   std::optional<Extents> extents = {};
   std::optional<Point> offset = {};  ///< what extents in its window have to be moved by, if that is known
-  std::vector<std::shared_ptr<const Element>> children = {};
+  std::vector<std::shared_ptr<Element>> children = {};
 };
+
+/// What a walk has to ask for to read these attributes of an object; its children are asked for apart.
+unsigned factsFor(std::span<const std::string_view> attributes);
 
 /// An object of an accessibility tree. Asks for each thing at most once, when it is first wanted, and keeps what it was
 /// told: a thing that could not be read then stays unread. The session has to be settled while the element is alive.
@@ -55,38 +59,38 @@ class Element final : public UIElement {
   /// role. "AXValue" is the text of the Text interface as the toolkit gives it to anyone, bullets for a password; it is
   /// asked for without the number of its characters, for which GTK 4.8 gives away hidden text. A text that only holds
   /// the places of embedded objects, as Chromium's containers have, is none.
-  std::optional<AttributeValue> copyAttributeValue(std::string_view name) const override;
+  std::optional<AttributeValue> copyAttributeValue(std::string_view name) override;
 
   /// Asks for those facts that have not been asked for. They are known once the session has settled.
-  void ask(unsigned facts) const;
+  void ask(unsigned facts);
   /// Calls `then` when the object's interfaces are known, or known to be unreadable.
-  void withInterfaces(const std::function<void()>& then) const;
+  void withInterfaces(const std::function<void()>& then);
   /// Calls `then` when the children are known: at least the first `limit`, all of them when they are not many more.
-  void withChildren(std::size_t limit, const std::function<void()>& then) const;
+  void withChildren(std::size_t limit, const std::function<void()>& then);
 
   const std::shared_ptr<Session>& session() const { return session_; }
   const dbus::Reference& reference() const { return reference_; }
   const Knowledge& known() const { return known_; }
   /// For a window, before its children are known.
-  void setOffset(std::optional<Point> offset) const { known_.offset = offset; }
+  void setOffset(std::optional<Point> offset) { known_.offset = offset; }
 
  private:
-  void askRole() const;
-  void askHelpText() const;
-  void askText() const;
-  void askExtents() const;
-  void askString(const char* property, std::optional<std::string>& result) const;
-  void askAllChildren(std::size_t limit, const std::function<void()>& then) const;
-  void askChildrenByIndex(std::size_t limit, const std::function<void()>& then) const;
-  void adopt(std::vector<dbus::Reference> references) const;
-  std::optional<std::string> admitted(std::optional<std::string> text) const;
+  void askRole();
+  void askHelpText();
+  void askText();
+  void askExtents();
+  void askString(const char* property, std::optional<std::string>& result);
+  void askAllChildren(std::size_t limit, const std::function<void()>& then);
+  void askChildrenByIndex(std::size_t limit, const std::function<void()>& then);
+  void adopt(std::vector<dbus::Reference> references);
+  std::optional<std::string> admitted(std::optional<std::string> text);
 
   std::shared_ptr<Session> session_;
   dbus::Reference reference_;
-  mutable Knowledge known_;
-  mutable unsigned asked_ = 0;
-  mutable bool askedInterfaces_ = false;
-  mutable bool askedChildren_ = false;
+  Knowledge known_;
+  unsigned asked_ = 0;
+  bool askedInterfaces_ = false;
+  bool askedChildren_ = false;
 };
 
 }  // namespace tavik::platform::atspi

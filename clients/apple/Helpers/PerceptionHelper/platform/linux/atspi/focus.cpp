@@ -8,17 +8,17 @@
 namespace tavik::platform::atspi {
 namespace {
 
-using ElementRef = std::shared_ptr<const Element>;
+using ElementRef = std::shared_ptr<Element>;
 
 constexpr TreeBounds kSearchBounds{.maxDepth = 32, .maxChildren = 200, .maxElements = 10'000, .facts = fact::states};
 
 /// An element of the same window about which nothing has been read.
-ElementRef freshElement(const Element& window, dbus::Reference reference) {
-  return std::make_shared<const Element>(window.session(), std::move(reference), window.known().offset);
+ElementRef freshElement(Element& window, dbus::Reference reference) {
+  return std::make_shared<Element>(window.session(), std::move(reference), window.known().offset);
 }
 
 /// Asks for the objects below a window that have the state FOCUSED. Nothing when the window cannot be asked.
-std::optional<std::vector<dbus::Reference>> collectFocused(const Element& window) {
+std::optional<std::vector<dbus::Reference>> collectFocused(Element& window) {
   std::optional<std::vector<dbus::Reference>> focused;
   const auto handler = [&focused](const dbus::Answer& answer) { focused = readReferences(answer.reply, 1); };
   constexpr std::int32_t kMatchAll = 1;
@@ -34,14 +34,14 @@ std::optional<std::vector<dbus::Reference>> collectFocused(const Element& window
 }
 
 /// Takes what it reads off the bounds.
-ElementRef searchFocused(const Element& window, TreeBounds& bounds) {
+ElementRef searchFocused(Element& window, TreeBounds& bounds) {
   const ElementRef root = freshElement(window, window.reference());
   bounds.maxElements -= readTree(*root, bounds);
-  const Element* focused = findFocused(*root);
+  Element* focused = findFocused(*root);
   return focused ? freshElement(window, focused->reference()) : nullptr;
 }
 
-ElementRef focusedElementIn(const Element& window, TreeBounds& bounds) {
+ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
   window.withInterfaces([] {});
   window.session()->conversation.settle();
   if (window.known().interfaces && window.known().interfaces->collection) {
@@ -53,7 +53,7 @@ ElementRef focusedElementIn(const Element& window, TreeBounds& bounds) {
 
 }  // namespace
 
-std::shared_ptr<const Element> focusedElement(const std::vector<std::shared_ptr<const Element>>& windows) {
+std::shared_ptr<Element> focusedElement(const std::vector<std::shared_ptr<Element>>& windows) {
   TreeBounds bounds = kSearchBounds;
   for (const auto& window : windows) {
     if (auto focused = focusedElementIn(*window, bounds)) return focused;

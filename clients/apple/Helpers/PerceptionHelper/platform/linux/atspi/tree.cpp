@@ -8,7 +8,7 @@ namespace {
 
 class TreeReader {
  public:
-  TreeReader(const Element& root, const TreeBounds& bounds) : bounds_(bounds), queue_{{&root, 0}} {}
+  TreeReader(Element& root, const TreeBounds& bounds) : bounds_(bounds), queue_{{&root, 0}} {}
 
   /// Asks about the next element; false when none is known that has not been asked about.
   bool askNext() {
@@ -25,7 +25,7 @@ class TreeReader {
 
  private:
   struct Visit {
-    const Element* element = nullptr;
+    Element* element = nullptr;
     int depth = 0;
   };
 
@@ -43,16 +43,16 @@ class TreeReader {
 
 }  // namespace
 
-std::size_t readTree(const Element& root, const TreeBounds& bounds) {
+std::size_t readTree(Element& root, const TreeBounds& bounds) {
   TreeReader reader(root, bounds);
   root.session()->conversation.settle([&reader] { return reader.askNext(); });
   return reader.enqueued();
 }
 
-const Element* findFocused(const Element& root) {
+Element* findFocused(Element& root) {
   if ((root.known().states.value_or(0) & kFocused) != 0) return &root;
   for (const auto& child : root.known().children) {
-    if (const Element* focused = findFocused(*child)) return focused;
+    if (Element* focused = findFocused(*child)) return focused;
   }
   return nullptr;
 }

@@ -18,9 +18,9 @@ struct TreeBounds {
 /// Reads what the bounds say of the tree under `root`, from the top down, with as many calls in flight as there are to
 /// make. What it has read of an application that stops answering remains. Returns how many elements there are besides
 /// the root.
-std::size_t readTree(const Element& root, const TreeBounds& bounds);
+std::size_t readTree(Element& root, const TreeBounds& bounds);
 
 /// The first element in pre-order, of those that have been read, with the state FOCUSED; null when there is none.
-const Element* findFocused(const Element& root);
+Element* findFocused(Element& root);
 
 }  // namespace tavik::platform::atspi

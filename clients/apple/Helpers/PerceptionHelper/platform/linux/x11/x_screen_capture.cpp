@@ -78,10 +78,10 @@ class XScreenCapture final : public ScreenCapture {
  public:
   explicit XScreenCapture(std::shared_ptr<XConnection> connection) : connection_(std::move(connection)) {}
 
-  bool preflightScreenCaptureAccess() const override { return connection_->isReachable(); }
+  bool preflightScreenCaptureAccess() override { return connection_->isReachable(); }
 
   void getShareableContent(const ShareableContentOptions& options,
-                           CompletionHandler<ShareableContent> completionHandler) const override {
+                           CompletionHandler<ShareableContent> completionHandler) override {
     ShareableContent content;
     for (const auto& monitor : monitors(*connection_)) {
       content.displays.push_back(
@@ -98,7 +98,7 @@ class XScreenCapture final : public ScreenCapture {
   }
 
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
-                    CompletionHandler<ImageRef> completionHandler) const override {
+                    CompletionHandler<ImageRef> completionHandler) override {
     const auto image = imageOf(filter, configuration);
     if (image) {
       completionHandler(image);
@@ -108,7 +108,7 @@ class XScreenCapture final : public ScreenCapture {
   }
 
  private:
-  ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) const {
+  ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) {
     if (!connection_->isReachable()) return nullptr;
     auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
                                         : captureDisplay(*connection_, filter, configuration.sourceRect);

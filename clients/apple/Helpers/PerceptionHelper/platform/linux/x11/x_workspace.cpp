@@ -52,18 +52,18 @@ class XApplication final : public RunningApplication {
   XApplication(ApplicationProcess process, std::shared_ptr<DesktopEntryCatalog> catalog)
       : process_(std::move(process)), catalog_(std::move(catalog)) {}
 
-  std::int32_t processIdentifier() const override { return process_.processID; }
-  std::optional<std::string> bundleIdentifier() const override { return identity().bundleIdentifier; }
-  std::optional<std::string> localizedName() const override { return identity().localizedName; }
+  std::int32_t processIdentifier() override { return process_.processID; }
+  std::optional<std::string> bundleIdentifier() override { return identity().bundleIdentifier; }
+  std::optional<std::string> localizedName() override { return identity().localizedName; }
 
-  ActivationPolicy activationPolicy() const override {
+  ActivationPolicy activationPolicy() override {
     if (!process_.window) return ActivationPolicy::prohibited;
     return process_.window->isRegular && !identity().noDisplay ? ActivationPolicy::regular
                                                                : ActivationPolicy::accessory;
   }
 
  private:
-  const ApplicationIdentity& identity() const {
+  const ApplicationIdentity& identity() {
     if (!identity_) identity_ = applications::identify(evidence(), *catalog_);
     return *identity_;
   }
@@ -80,25 +80,24 @@ class XApplication final : public RunningApplication {
 
   ApplicationProcess process_;
   std::shared_ptr<DesktopEntryCatalog> catalog_;
-  mutable std::optional<ApplicationIdentity> identity_ = {};
+  std::optional<ApplicationIdentity> identity_ = {};
 };
 
 class XWorkspace final : public Workspace {
  public:
   explicit XWorkspace(std::shared_ptr<XConnection> connection) : connection_(std::move(connection)) {}
 
-  std::vector<RunningApplicationRef> runningApplications() const override {
+  std::vector<RunningApplicationRef> runningApplications() override {
     return applicationsOf(readDesktop(*connection_));
   }
 
-  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(
-      std::string_view identifier) const override {
+  std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
     auto applications = runningApplications();
     std::erase_if(applications, [&](const auto& application) { return application->bundleIdentifier() != identifier; });
     return applications;
   }
 
-  RunningApplicationRef frontmostApplication() const override {
+  RunningApplicationRef frontmostApplication() override {
     const auto desktop = readDesktop(*connection_);
     const auto applications = applicationsOf(desktop);
     const auto frontmost = std::find_if(applications.begin(), applications.end(), [&](const auto& application) {
@@ -107,14 +106,14 @@ class XWorkspace final : public Workspace {
     return frontmost != applications.end() ? *frontmost : nullptr;
   }
 
-  std::optional<Screen> mainScreen() const override {
+  std::optional<Screen> mainScreen() override {
     const auto all = monitors(*connection_);
     if (all.empty()) return std::nullopt;
     return Screen{.screenNumber = all.front().output, .backingScaleFactor = scaleFactor(*connection_)};
   }
 
  private:
-  std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) const {
+  std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) {
     if (!catalog_) catalog_ = std::make_shared<DesktopEntryCatalog>(applications::applicationFolders());
     std::vector<RunningApplicationRef> applications;
     for (auto& process : processesOf(desktop)) {
@@ -124,7 +123,7 @@ class XWorkspace final : public Workspace {
   }
 
   std::shared_ptr<XConnection> connection_;
-  mutable std::shared_ptr<DesktopEntryCatalog> catalog_;  ///< made when it is first needed
+  std::shared_ptr<DesktopEntryCatalog> catalog_;  ///< made when it is first needed
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/pixel_rect.h"
 
 namespace tavik::platform::x11 {
@@ -12,7 +13,7 @@ namespace {
 
 /// Truncated; nothing outside of -largest ... largest, or for what is no number.
 std::optional<std::int32_t> wholePixels(double value) {
-  constexpr double largest = 32767;
+  constexpr auto largest = static_cast<double>(imaging::kLongestSurfaceSide);
   const auto truncated = std::trunc(value);
   return truncated >= -largest && truncated <= largest ? std::optional(static_cast<std::int32_t>(truncated))
                                                        : std::nullopt;

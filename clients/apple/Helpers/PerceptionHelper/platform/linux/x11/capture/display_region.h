@@ -18,8 +18,8 @@ struct DisplayRegion {
 };
 
 /// The part `sourceRect` of the display at `display` in root window coordinates. `sourceRect` is in the display's own
-/// coordinates and truncates to whole pixels. Nothing when it is empty, negative, no number, or longer than 32767 on a
-/// side, and when no pixel of it lies on the display.
+/// coordinates and truncates to whole pixels. Nothing when it is empty, negative, no number, or longer than
+/// imaging::kLongestSurfaceSide on a side, and when no pixel of it lies on the display.
 std::optional<DisplayRegion> regionOfDisplay(const Rect& sourceRect, const imaging::PixelRect& display);
 
 }  // namespace tavik::platform::x11

@@ -11,10 +11,8 @@ namespace tavik::platform::x11 {
 
 /// The atoms that are not predefined by the protocol: of ICCCM, EWMH, GTK, AT-SPI and XSETTINGS.
 enum class Atom : std::uint8_t {
-  utf8String,
   supportingWMCheck,
   clientList,
-  clientListStacking,
   activeWindow,
   currentDesktop,
   wmName,
@@ -27,7 +25,6 @@ enum class Atom : std::uint8_t {
   typeNotification,
   typeUtility,
   wmState,
-  stateHidden,
   stateShaded,
   stateAbove,
   stateBelow,
@@ -42,11 +39,9 @@ enum class Atom : std::uint8_t {
 };
 
 /// The selections, which end in _S, go on with the number of the screen: each has its own (ICCCM 2.8).
-inline constexpr std::array<std::string_view, 28> kAtomNames{
-    "UTF8_STRING",
+inline constexpr std::array<std::string_view, 25> kAtomNames{
     "_NET_SUPPORTING_WM_CHECK",
     "_NET_CLIENT_LIST",
-    "_NET_CLIENT_LIST_STACKING",
     "_NET_ACTIVE_WINDOW",
     "_NET_CURRENT_DESKTOP",
     "_NET_WM_NAME",
@@ -59,7 +54,6 @@ inline constexpr std::array<std::string_view, 28> kAtomNames{
     "_NET_WM_WINDOW_TYPE_NOTIFICATION",
     "_NET_WM_WINDOW_TYPE_UTILITY",
     "_NET_WM_STATE",
-    "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_SHADED",
     "_NET_WM_STATE_ABOVE",
     "_NET_WM_STATE_BELOW",

@@ -26,8 +26,7 @@ std::string fromLatin1(std::string_view latin1) {
 
 /// Removes the last character, which the limit may have cut in two.
 std::string_view withoutLastCharacter(std::string_view utf8) {
-  const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
-  while (!utf8.empty() && isContinuation(utf8.back())) utf8.remove_suffix(1);
+  while (!utf8.empty() && text::isContinuationByte(utf8.back())) utf8.remove_suffix(1);
   if (!utf8.empty()) utf8.remove_suffix(1);
   return utf8;
 }

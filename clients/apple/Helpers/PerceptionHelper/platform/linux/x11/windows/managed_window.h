@@ -25,9 +25,8 @@ struct ManagedWindow {
   imaging::PixelRect frameRect = {};   ///< with decorations, in the same
   FrameExtents gtkExtents = {};        ///< all 0 for a client that sets none
   bool isActive = false;               ///< it has the keyboard focus
-  bool isMinimized = false;
-  bool isOnScreen = false;  ///< viewable and not shaded
-  std::int32_t layer = 0;   ///< 0 normal and dialog; above 0 dock and keep-above; below 0 desktop and keep-below
+  bool isOnScreen = false;             ///< viewable and not shaded
+  std::int32_t layer = 0;  ///< 0 normal and dialog; above 0 dock and keep-above; below 0 desktop and keep-below
   bool isOnOtherWorkspace = false;    ///< and therefore not to be seen; a sticky window never is
   bool isRegular = true;              ///< a window to switch to: no panel, splash, notification or the like
   std::string instanceName = {};      ///< of WM_CLASS, valid UTF-8

@@ -73,7 +73,6 @@ struct WindowQuery {
   xcb_get_property_cookie_t states = {};
   xcb_get_property_cookie_t types = {};
   xcb_get_property_cookie_t workspace = {};
-  xcb_get_property_cookie_t icccmState = {};
   xcb_get_property_cookie_t gtkApplicationID = {};
   xcb_get_property_cookie_t gtkFrameExtents = {};
 };
@@ -92,7 +91,6 @@ WindowQuery requestWindow(XConnection& connection, xcb_window_t client, xcb_wind
           .states = ask(Atom::wmState),
           .types = ask(Atom::wmWindowType),
           .workspace = ask(Atom::wmDesktop),
-          .icccmState = ask(Atom::icccmState),
           .gtkApplicationID = ask(Atom::gtkApplicationID),
           .gtkFrameExtents = ask(Atom::gtkFrameExtents)};
 }
@@ -131,7 +129,6 @@ WindowHints readHints(XConnection& connection, const WindowQuery& query, bool is
   return {.isViewable = isViewable,
           .states = words(property(connection, query.states), XCB_ATOM_ATOM),
           .types = words(property(connection, query.types), XCB_ATOM_ATOM),
-          .icccmState = firstWord(property(connection, query.icccmState), connection.atom(Atom::icccmState)),
           .workspace = firstWord(property(connection, query.workspace), XCB_ATOM_CARDINAL),
           .extents = words(property(connection, query.gtkFrameExtents), XCB_ATOM_CARDINAL)};
 }

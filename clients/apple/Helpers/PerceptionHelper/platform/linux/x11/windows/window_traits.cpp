@@ -60,12 +60,8 @@ FrameExtents extentsOf(const std::vector<std::uint32_t>& extents) {
 
 void applyHints(ManagedWindow& window, const WindowHints& hints, const AtomTable& atoms,
                 std::optional<std::uint32_t> currentWorkspace) {
-  constexpr std::uint32_t iconicState = 3;  // ICCCM, section 4.1.3.1
   const HintReader reader{.hints = hints, .atoms = atoms};
   window.isOnOtherWorkspace = isOnOtherWorkspace(hints, currentWorkspace);
-  // Not every window manager marks minimized windows as hidden, and all mark those of other workspaces as iconic.
-  window.isMinimized = !hints.isViewable && (reader.hasState(Atom::stateHidden) ||
-                                             (hints.icccmState == iconicState && !window.isOnOtherWorkspace));
   window.isOnScreen = hints.isViewable && !reader.hasState(Atom::stateShaded);
   window.layer = layerOf(reader);
   window.isRegular =

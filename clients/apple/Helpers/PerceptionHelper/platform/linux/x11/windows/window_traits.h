@@ -13,15 +13,14 @@ namespace tavik::platform::x11 {
 
 /// What a window's properties say about how it takes part in the desktop.
 struct WindowHints {
-  bool isViewable = false;                       ///< mapped, like all that it is inside of
-  std::vector<std::uint32_t> states = {};        ///< _NET_WM_STATE
-  std::vector<std::uint32_t> types = {};         ///< _NET_WM_WINDOW_TYPE, the preferred one first
-  std::optional<std::uint32_t> icccmState = {};  ///< WM_STATE
-  std::optional<std::uint32_t> workspace = {};   ///< _NET_WM_DESKTOP
-  std::vector<std::uint32_t> extents = {};       ///< _GTK_FRAME_EXTENTS: left, right, top, bottom
+  bool isViewable = false;                      ///< mapped, like all that it is inside of
+  std::vector<std::uint32_t> states = {};       ///< _NET_WM_STATE
+  std::vector<std::uint32_t> types = {};        ///< _NET_WM_WINDOW_TYPE, the preferred one first
+  std::optional<std::uint32_t> workspace = {};  ///< _NET_WM_DESKTOP
+  std::vector<std::uint32_t> extents = {};      ///< _GTK_FRAME_EXTENTS: left, right, top, bottom
 };
 
-/// Translates the hints into the record's isMinimized, isOnScreen, layer, isOnOtherWorkspace, isRegular and gtkExtents.
+/// Translates the hints into the record's isOnScreen, layer, isOnOtherWorkspace, isRegular and gtkExtents.
 /// `currentWorkspace` is _NET_CURRENT_DESKTOP, where there is such a thing.
 void applyHints(ManagedWindow& window, const WindowHints& hints, const AtomTable& atoms,
                 std::optional<std::uint32_t> currentWorkspace);

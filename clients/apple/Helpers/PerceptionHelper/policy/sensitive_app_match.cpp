@@ -1,4 +1,4 @@
-#include "driver/sensitive_app_match.h"
+#include "policy/sensitive_app_match.h"
 
 #include <algorithm>
 
