@@ -84,8 +84,9 @@ void measureTree() {
 
 void measurePolicy() {
   std::string file = "bundle_id_blocklist:\n";
-  for (int index = 0; index < 10'000; ++index)
+  for (int index = 0; index < 10'000; ++index) {
     file += "  - \"com.example" + std::to_string(index) + ".*.application*\"\n";
+  }
   const std::string identifier = "com.example1234." + std::string(184, 'a');
   std::size_t matches = 0;
   const auto readAndMatch = [&] { matches += sensitiveAppMatch(identifier, parseSensitiveAppsYAML(file)) ? 1U : 0U; };

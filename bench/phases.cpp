@@ -57,7 +57,7 @@ ResponseDictionary tree(const platform::Platform& platform, std::int32_t process
   const auto* const window = value ? std::get_if<platform::UIElementRef>(&*value) : nullptr;
   if (!window) return {};
   platform.accessibility->prefetch(*window,
-                                   {.maxDepth = 8, .maxChildren = maxAXChildren, .attributes = walkedAXAttributes});
+                                   {.maxDepth = 8, .maxChildren = kMaxAXChildren, .attributes = kWalkedAXAttributes});
   stopwatch.lap("read the tree");
   AXSummary counters;
   auto found = walkAXElement(**window, {.depth = 0, .maxDepth = 8}, counters, policy);
@@ -102,11 +102,13 @@ int main(int count, char** arguments) {
   const auto policy = loadSensitiveAppsConfig(*platform.host);
   stopwatch.lap("policy");
   ResponseDictionary data;
-  if (!applications.empty())
+  if (!applications.empty()) {
     data["ax_tree"] = tree(platform, applications.front()->processIdentifier(), policy, stopwatch);
+  }
   if (auto url = picture(platform, {.longEdgePx = std::atoi(arguments[2]), .format = arguments[3], .quality = 0.85},
-                         stopwatch))
+                         stopwatch)) {
     data["image"] = *url;
+  }
   stopwatch.lap("assemble");
   Discard nowhere;
   writeResponse({{"ok", true}, {"data", std::move(data)}}, nowhere);

@@ -35,8 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto cut = text.find('\n');
   const auto pattern = text.substr(0, cut), candidate = cut == std::string::npos ? text : text.substr(cut + 1);
   const bool matches = tavik::fnmatchSimple({.pattern = pattern, .candidate = candidate});
-  const bool isASCII =
-      std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  const bool isASCII = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   if (isASCII && matches != coversByDefinition(pattern, candidate)) std::abort();
   if (candidate.find_first_of("*?") == std::string::npos &&
       !tavik::fnmatchSimple({.pattern = candidate, .candidate = candidate})) {

@@ -44,7 +44,7 @@ auto framed(Value position, Value size) { return element({{"AXPosition", positio
 
 TEST(WalkAXElement, ReportsCountsAndRedacts) {
   using Case = std::tuple<std::string, fake::FakeElementRef, std::string, std::int64_t, bool>;
-  constexpr double infinite = std::numeric_limits<double>::infinity();
+  constexpr double kInfinite = std::numeric_limits<double>::infinity();
   const auto flag = "\U0001F1E9\U0001F1EA"s, accented = "e\u0301"s;
   const auto all =
       R"({"role":"AXButton","title":"e\u0301","value":"\ud83c\udde9\ud83c\uddea","help":"h","description":""})";
@@ -62,7 +62,7 @@ TEST(WalkAXElement, ReportsCountsAndRedacts) {
                 false},
            Case{"another type leaves zeros", framed(Size{1, 2}, "3"s), R"({"frame":[0,0,0,0]})", 0, false},
            Case{"no size", element({{"AXPosition", Point{1, 2}}}), "{}", 0, false},
-           Case{"no integer form", framed(Point{1, infinite}, Size{1, 1}), "{}", 0, false},
+           Case{"no integer form", framed(Point{1, kInfinite}, Size{1, 1}), "{}", 0, false},
            Case{"beyond 64 bits", framed(Point{1, 2}, Size{0x1p63, 1}), "{}", 0, false},
            Case{"no children in an empty list", parent(0, nullptr), "{}", 0, false},
            Case{"none in a value of another type", element({{"AXChildren", element({})}}), "{}", 0, false},
@@ -85,7 +85,7 @@ TEST(WalkAXElement, ReadsDepthFirstNothingTwiceAndFiftyChildren) {
   EXPECT_EQ(summary.nodeCount, 1 + 50 * 3);
   EXPECT_EQ(summary.textChars, 50 * 2);
   EXPECT_TRUE(summary.redactionApplied) << "what was withheld before stays so";
-  EXPECT_TRUE(std::ranges::equal(wide->asked, walkedAXAttributes)) << "what a backend has been told";
+  EXPECT_TRUE(std::ranges::equal(wide->asked, kWalkedAXAttributes)) << "what a backend has been told";
   EXPECT_EQ(leaf->asked.size(), 100U * 6) << "no children are asked for at the last level";
 }
 

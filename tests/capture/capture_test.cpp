@@ -60,8 +60,9 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
   fake::FakeDesktop desktop{.frontmost = frontmost};
   const platform::ShareableContent content{.displays = {{1, 1920, 1080}, {2, 5120, 2880}}, .windows = windows};
   const auto result = selectSurface(request, content, *fake::makePlatform(desktop).workspace);
-  if (const auto* const error = std::get_if<CaptureImageError>(&result))
+  if (const auto* const error = std::get_if<CaptureImageError>(&result)) {
     return "error " + std::to_string(static_cast<int>(*error));
+  }
   const auto& [filter, configuration] = std::get<Surface>(result);
   EXPECT_FALSE(configuration.showsCursor);
   EXPECT_EQ(configuration.queueDepth, 1);
@@ -69,8 +70,9 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
   std::ostringstream text;
   if (const auto& one = filter.includedWindow) text << "window " << one->windowID << " ";
   text << configuration.width << "x" << configuration.height;
-  if (const auto& part = configuration.sourceRect)
+  if (const auto& part = configuration.sourceRect) {
     text << " at " << part->x << "," << part->y << " " << part->width << "x" << part->height;
+  }
   return text.str();
 }
 
@@ -92,8 +94,9 @@ TEST(SelectSurface, ChoosesTheApplicationsWindow) {
            Case{"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
            Case{"minimized", {window(2, kApp, tiny), minimized}, "error 3"},
            Case{"no integer form", {window(1, kApp, infinite)}, "error 4"},
-       })
+       }) {
     EXPECT_EQ(chosen({.target = Target::app, .targetApp = kTargetApp}, windows), expected) << reason;
+  }
   EXPECT_EQ(chosen({.target = Target::app}, {window(1, kApp, large)}), "error 2") << "no application";
 }
 

@@ -30,9 +30,10 @@ TEST(FnmatchSimple, CoversTheWholeCandidate) {
            Case{"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
            Case{"a*\u0301", "a*\u0301", true, "indeed itself"},
            Case{"?\u0301", "e\u0301", false, "and so is a question mark"},
-       })
+       }) {
     EXPECT_EQ(fnmatchSimple({.pattern = pattern, .candidate = candidate}), matches)
         << pattern << " against " << candidate << " " << reason;
+  }
 }
 
 TEST(FnmatchSimple, TakesNoExponentialTime) {
@@ -60,8 +61,9 @@ TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
            Case{"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
            Case{"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
            Case{"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
-       })
+       }) {
     EXPECT_EQ(parseSensitiveAppsYAML(text), SensitiveAppsConfig{.bundleIdBlocklist = bundleIds}) << reason;
+  }
   EXPECT_EQ(parseSensitiveAppsYAML("ax_role_text_blocklist:\n- R\n- R\nbundle_id_blocklist:\n- b\n- a\n- b"),
             (SensitiveAppsConfig{.bundleIdBlocklist = {"b", "a", "b"}, .axRoleTextBlocklist = {"R"}}))
       << "both lists, duplicates kept in one only";

@@ -23,7 +23,7 @@ std::string description(std::string_view json) {
 
 TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
   using Case = std::tuple<std::string, std::string, Request>;
-  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
   const auto ends = R"({"region":{"x":9223372036854775807,"y":-9223372036854775808,"w":2.0,"h":1e3}})";
   const auto all =
       R"({"level":"pixel_perfect","target":"region","region":{"x":-1,"y":2,"w":3,"h":4},"include_image":true,
@@ -37,7 +37,7 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
            Case{"null is absent", R"({"level":null,"region":null,"target":"screen"})", {.target = Target::screen}},
            Case{"other keys are ignored", R"({"Level":"READ","x":[{}],"target":"app"})", {.target = Target::app}},
            Case{"also a region's", R"({"region":{"h":1,"w":2,"y":3,"x":4,"z":"?"}})", {.region = Region{4, 3, 2, 1}}},
-           Case{"the ends of the range", ends, {.region = Region{most, -most - 1, 2, 1000}}},
+           Case{"the ends of the range", ends, {.region = Region{kMost, -kMost - 1, 2, 1000}}},
            Case{"escapes", R"({"format":"\u00e9\ud83d\ude00\u0000"})", {.format = "\u00e9\U0001F600\0"s}},
        }) {
     const auto decoded = decodeRequest(json);
@@ -63,22 +63,23 @@ TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
            Case{"\n ", "invalid JSON at line 2, column 2: incomplete JSON"},
            Case{"{\n\"\u00e9\": x}", "invalid JSON at line 2, column 6: syntax error"},
            Case{"{} {}", "invalid JSON at line 1, column 4: extra data"},
-       })
+       }) {
     EXPECT_EQ(description(json), expected) << json;
+  }
 }
 
 TEST(DecodeRequest, SurvivesHostileInput) {
-  constexpr std::size_t megabyte = 1 << 20;
+  constexpr std::size_t kMegabyte = 1 << 20;
   const auto failsAt = [](std::string_view json, std::string_view position) {
     const auto text = description(json);
     EXPECT_TRUE(text.starts_with("invalid JSON at " + std::string(position))) << text;
   };
-  failsAt(R"({"x":)" + std::string(2 * megabyte, '['), "line 1, column 51");
-  failsAt(std::string(64 * megabyte, ' '), "line 1, column 67108865");
+  failsAt(R"({"x":)" + std::string(2 * kMegabyte, '['), "line 1, column 51");
+  failsAt(std::string(64 * kMegabyte, ' '), "line 1, column 67108865");
   failsAt("\xEF\xBB\xBF{}", "line 1, column 1");
   failsAt(std::string("{}\0", 3), "line 1, column 3");
   failsAt(R"({"app_name":"\ud800"})", "line 1, column ");
-  EXPECT_EQ(description(R"({"app_name":")" + std::string(64 * megabyte, 'a') + "\"}"), "(decoded)");
+  EXPECT_EQ(description(R"({"app_name":")" + std::string(64 * kMegabyte, 'a') + "\"}"), "(decoded)");
   EXPECT_EQ(description(R"({"x":)" + std::string(400, '[') + std::string(400, ']') + "}"), "(decoded)");
 }
 
@@ -99,20 +100,20 @@ TEST(ReadRequest, PutsOneShortLineOnStandardErrorForAFailureAndNothingElse) {
     EXPECT_EQ(desktop.output, "") << reason;
     EXPECT_EQ(desktop.error.starts_with("[tavik-perception-helper] decode error: "), !end.empty()) << reason;
     EXPECT_TRUE(desktop.error.ends_with(end)) << reason << ": " << desktop.error;
-    EXPECT_EQ(std::count(desktop.error.begin(), desktop.error.end(), '\n'), end.empty() ? 0 : 1) << reason;
+    EXPECT_EQ(std::ranges::count(desktop.error, '\n'), end.empty() ? 0 : 1) << reason;
     EXPECT_LE(desktop.error.size(), 300U) << reason;
   }
 }
 
 TEST(WriteResponse, IsOneLineOfCompactJSONOrTheFallback) {
   using Case = std::tuple<std::string, ResponseDictionary, std::string>;
-  constexpr double nan = std::numeric_limits<double>::quiet_NaN(), infinity = std::numeric_limits<double>::infinity();
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN(), kInfinity = std::numeric_limits<double>::infinity();
   const ResponseDictionary all{{"text", "\u00e9 \"\\\n\u0001 /"}, {"null", nullptr}, {"list", {1, true, "x", 2.5}}};
   const std::string fallback = R"({"ok": false, "code": "helper_serialize_failed"})";
   for (const auto& [reason, response, line] : {
            Case{"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
-           Case{"no number", {{"number", nan}}, fallback},
-           Case{"infinite, deep inside", {{"deep", {{{"number", -infinity}}}}}, fallback},
+           Case{"no number", {{"number", kNan}}, fallback},
+           Case{"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},
            Case{"no UTF-8", {{"text", "\xFF"}}, fallback},
            Case{"nor in a name", {{"\xC0\x80", 1}}, fallback},
        }) {

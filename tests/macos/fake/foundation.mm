@@ -78,7 +78,7 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
   require(encoding == kCFStringEncodingUTF8 && isExternal == 0, "UTF-8 without a byte-order mark");
   auto bytes = valueOf<std::string>(string);
   if (lossByte == 0) bytes.resize(std::min(bytes.size(), bytes.find(kUnpairedSurrogate)));
-  std::replace(bytes.begin(), bytes.end(), kUnpairedSurrogate, static_cast<char>(lossByte));
+  std::ranges::replace(bytes, kUnpairedSurrogate, static_cast<char>(lossByte));
   require(buffer == nullptr || std::ssize(bytes) <= size, "the string fits");
   if (buffer != nullptr) std::memcpy(buffer, bytes.data(), bytes.size());
   *used = std::ssize(bytes);

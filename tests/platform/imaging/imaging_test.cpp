@@ -77,11 +77,12 @@ BGRA pixelOf(const Bitmap& bitmap, int x, int y) {
 /// The greatest difference of any component of any pixel from what `expected` gives.
 int worstDifference(const Bitmap& bitmap, const Painter& expected) {
   int worst = 0;
-  for (int y = 0; y < bitmap.size.height; ++y)
+  for (int y = 0; y < bitmap.size.height; ++y) {
     for (int x = 0; x < bitmap.size.width; ++x) {
       const BGRA pixel = pixelOf(bitmap, x, y), wanted = expected(x, y);
       for (std::size_t i = 0; i < 4; ++i) worst = std::max(worst, std::abs(pixel[i] - wanted[i]));
     }
+  }
   return worst;
 }
 
@@ -103,11 +104,13 @@ std::optional<Bitmap> decodedJPEG(const std::vector<std::byte>& file) {
   const std::unique_ptr<void, int (*)(tjhandle)> decoder(tjInitDecompress(), tjDestroy);
   const auto* source = reinterpret_cast<const unsigned char*>(file.data());
   int width = 0, height = 0, subsampling = 0, space = 0;
-  if (tjDecompressHeader3(decoder.get(), source, file.size(), &width, &height, &subsampling, &space) != 0)
+  if (tjDecompressHeader3(decoder.get(), source, file.size(), &width, &height, &subsampling, &space) != 0) {
     return std::nullopt;
+  }
   Bytes bytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * sizeof(BGRA));
-  if (tjDecompress2(decoder.get(), source, file.size(), bytes.data(), width, 0, height, TJPF_BGRA, 0) != 0)
+  if (tjDecompress2(decoder.get(), source, file.size(), bytes.data(), width, 0, height, TJPF_BGRA, 0) != 0) {
     return std::nullopt;
+  }
   return bitmapOf({width, height}, AlphaMode::opaque, std::move(bytes));
 }
 
@@ -124,15 +127,17 @@ TEST(BitmapImage, IsNotMadeOfPixelsThatAreNotThere) {
            Case{"the width's bytes overflow", {kHuge, 1}, 32},
            Case{"rows cannot hold the width", {8, 4}, 31},
            Case{"rows times height overflow", {8, 4}, kUnlimited / 3},
-       })
+       }) {
     EXPECT_FALSE(makeImage({size, rowBytes, AlphaMode::opaque, sound.pixels})) << reason;
+  }
 }
 
 TEST(BitmapImage, IsRedrawnAtEverySizeThatABitmapCanHave) {
   const ImageRef image = makeImage(painted({8, 4}, AlphaMode::opaque, noise));
   for (const PixelSize size : {PixelSize{5, 3}, {65535, 1}}) EXPECT_EQ(image->resized(size)->size(), size);
-  for (const PixelSize size : {PixelSize{5, 0}, {-5, 3}, {kLowest, kLowest}, {1, 65536}, {kHuge, kHuge}})
+  for (const PixelSize size : {PixelSize{5, 0}, {-5, 3}, {kLowest, kLowest}, {1, 65536}, {kHuge, kHuge}}) {
     EXPECT_FALSE(image->resized(size)) << size.width << " x " << size.height;
+  }
   EXPECT_FALSE(image->resized({65535, 65535})) << "valid sides, but 16 GiB";
 }
 
@@ -166,8 +171,9 @@ TEST(BitmapImage, IsEncodedAtAnotherSizeAsTheBitmapOfThatSizeIs) {
                                  {{700, 500}, {601, 433}},  // with a second thread, and more rows than are kept
                                  {{600, 430}, {40, 1}}}) {  // with fewer than are made together
     const Bitmap bitmap = painted(from, AlphaMode::premultiplied, noise);
-    for (const ImageType type : {ImageType::jpeg, ImageType::png})
+    for (const ImageType type : {ImageType::jpeg, ImageType::png}) {
       EXPECT_EQ(encoded(makeImage(bitmap)->resized(to), type), encoded(scaled(bitmap, to), type)) << from.width;
+    }
     EXPECT_EQ(encoded(makeImage(bitmap)->resized(to)->resized({20, 9}), ImageType::png),
               encoded(scaled(scaled(bitmap, to), {20, 9}), ImageType::png));
   }
@@ -188,13 +194,13 @@ BGRA straightened(int x, int y) {
 
 TEST(PNG, GivesEveryPixelBack) {
   using Case = std::tuple<std::string, AlphaMode, Painter, Painter, AlphaMode>;
-  constexpr auto opaque = AlphaMode::opaque, premultiplied = AlphaMode::premultiplied;
+  constexpr auto kOpaque = AlphaMode::opaque, kPremultiplied = AlphaMode::premultiplied;
   const Painter opaqueText = [](int x, int y) { return withAlpha(textLike(x, y), 255); };
   for (const auto& [reason, mode, paint, expected, expectedMode] : {
-           Case{"padding of any value is no alpha", opaque, noise, opaqueNoise, opaque},
-           Case{"rows that repeat themselves are not filtered", opaque, textLike, opaqueText, opaque},
-           Case{"alpha that hides nothing is not stored", premultiplied, opaqueNoise, opaqueNoise, opaque},
-           Case{"colour is divided by its alpha", premultiplied, anyColourAtAnyAlpha, straightened, premultiplied},
+           Case{"padding of any value is no alpha", kOpaque, noise, opaqueNoise, kOpaque},
+           Case{"rows that repeat themselves are not filtered", kOpaque, textLike, opaqueText, kOpaque},
+           Case{"alpha that hides nothing is not stored", kPremultiplied, opaqueNoise, opaqueNoise, kOpaque},
+           Case{"colour is divided by its alpha", kPremultiplied, anyColourAtAnyAlpha, straightened, kPremultiplied},
        }) {
     const auto decoded = decodedPNG(encoded(painted({256, 256}, mode, paint), ImageType::png));
     ASSERT_TRUE(decoded) << reason;

@@ -75,8 +75,9 @@ TEST(PixelFormat, RefusesWhatItCannotRead) {
       {"a mask with a gap", {16, 16, 32, false, 0xA800, 0x07E0, 0x001F}, {1, 1}, 16},
       {"no such padding", {24, 32, 0, false, 0xFF0000, 0xFF00, 0xFF}, {1, 1}, 16},
   };
-  for (const auto& [reason, format, size, byteCount] : rows)
+  for (const auto& [reason, format, size, byteCount] : rows) {
     EXPECT_FALSE(toBitmap(format, size, shared(Bytes(16)), byteCount)) << reason;
+  }
 }
 
 TEST(BitmapCanvas, PlacesAPictureOnBlackOrCutsItToAShape) {

@@ -53,8 +53,9 @@ TEST(DesktopEntry, IsReadInTheUsersLanguage) {
 
 TEST(DesktopEntry, IsNothingElse) {
   for (const std::string text : {"", "\xFF\xFE garbage", "[Desktop Entry]\nType=Application\nHidden=true\n",
-                                 "[Desktop Entry]\nType=Link\n", "[Desktop Action a]\nType=Application\n"})
+                                 "[Desktop Entry]\nType=Link\n", "[Desktop Action a]\nType=Application\n"}) {
     EXPECT_FALSE(parseDesktopEntry("id", text)) << text;
+  }
   EXPECT_TRUE(parseDesktopEntry("id", "[Desktop Entry]\nType=Application\nExec=\"unclosed\nName=\xFF\n"))
       << "an entry with broken values is one without them";
 }

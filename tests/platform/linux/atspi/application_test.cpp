@@ -82,8 +82,9 @@ TEST(Application, FindsTheFocusedElement) {
 
 TEST(Application, OfAProcessWithoutOneFindsNothing) {
   Application application([] { return nullptr; }, [] { return Windows{}; });
-  for (const auto* attribute : {"AXRole", "AXMainWindow", "AXWindows", "AXFocusedUIElement", "AXChildren"})
+  for (const auto* attribute : {"AXRole", "AXMainWindow", "AXWindows", "AXFocusedUIElement", "AXChildren"}) {
     EXPECT_FALSE(application.copyAttributeValue(attribute).has_value()) << attribute;
+  }
 }
 
 }  // namespace

@@ -30,14 +30,17 @@ std::string string(UIElement& element, std::string_view attribute) {
 /// Everything that a walk of the first `maxChildren` children down to `maxDepth` sees.
 std::string dump(UIElement& element, int maxDepth, std::size_t maxChildren) {
   std::string result = "(";
-  for (const auto* attribute : {"AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription"})
+  for (const auto* attribute : {"AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription"}) {
     result += string(element, attribute) + " ";
-  if (const auto position = element.copyAttributeValue("AXPosition"))
+  }
+  if (const auto position = element.copyAttributeValue("AXPosition")) {
     result += std::to_string(std::get<Point>(*position).x);
+  }
   const auto value = maxDepth > 0 ? element.copyAttributeValue("AXChildren") : std::nullopt;
   const auto children = value ? std::get<std::vector<UIElementRef>>(*value) : std::vector<UIElementRef>{};
-  for (std::size_t index = 0; index < std::min(children.size(), maxChildren); ++index)
+  for (std::size_t index = 0; index < std::min(children.size(), maxChildren); ++index) {
     result += dump(*children[index], maxDepth - 1, maxChildren);
+  }
   return result + ")";
 }
 
@@ -131,8 +134,9 @@ TEST(Element, WaitsForASilentApplicationOnce) {
   const auto start = Clock::now();
   EXPECT_EQ(root->copyAttributeValue("AXPosition"), std::nullopt);
   EXPECT_GE(Clock::now() - start, kSilence);
-  for (const auto* attribute : {"AXRole", "AXValue", "AXChildren"})
+  for (const auto* attribute : {"AXRole", "AXValue", "AXChildren"}) {
     EXPECT_FALSE(root->copyAttributeValue(attribute).has_value()) << attribute;
+  }
   EXPECT_EQ(peer.calls("GetRole") + peer.calls("ChildCount"), 0) << "it is asked nothing more";
   EXPECT_EQ(string(*root, "AXTitle"), "n") << "what it said before remains";
 }

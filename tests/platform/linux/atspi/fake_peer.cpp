@@ -111,8 +111,9 @@ int FakePeer::onMessage(sd_bus_message* call, void* userdata, sd_bus_error*) {
     self.calls_.emplace_back(member, path);
   }
   const auto object = self.objects_.find(path);
-  if (object == self.objects_.end() || object->second.failing.contains(member))
+  if (object == self.objects_.end() || object->second.failing.contains(member)) {
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_FAILED, "failing");
+  }
   if (object->second.mute.contains(member)) return 1;
   sd_bus_message* reply = nullptr;
   sd_bus_message_new_method_return(call, &reply);

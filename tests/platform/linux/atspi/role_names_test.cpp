@@ -23,8 +23,9 @@ TEST(AXRole, FollowsTheNumberOfTheRole) {
            Case{"the state is of no interest elsewhere", 43, true, "AXButton"},
            Case{"the last known number", 130, false, "AXCheckBox"},
            Case{"far beyond", 0xFFFFFFFF, false, "AXUnknown"},
-       })
+       }) {
     EXPECT_EQ(axRole(role, isMultiLine), expected) << reason;
+  }
 }
 
 TEST(AXRole, FollowsTheNameOfARoleWithoutNumber) {

@@ -28,8 +28,9 @@ TEST(FrameOfExtents, IsNothingForElementsThatAreNowhere) {
            Case{"the other half", {INT_MIN, 5, 10, 10}, std::nullopt},
            Case{"hidden in Qt", {0, 0, 0, 0}, std::nullopt},
            Case{"negative", {3, 4, -1, 9}, std::nullopt},
-       })
+       }) {
     EXPECT_EQ(frameOfExtents(extents, {.x = 100, .y = -5}), expected) << reason;
+  }
 }
 
 TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
@@ -48,8 +49,9 @@ TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
            Case{"the size with decorations is better than nothing", {other, sameSize}, 1},
            Case{"the first when none fits", {other, other}, 0},
            Case{"an application without windows", {}, std::nullopt},
-       })
+       }) {
     EXPECT_EQ(mainWindow(windows, &topmost), expected) << reason;
+  }
   EXPECT_EQ(mainWindow(std::vector{other, both}, nullptr), 0U) << "no window on the X server";
 }
 
@@ -68,8 +70,9 @@ TEST(OffsetOfWindow, LeadsFromTheClaimToTheVisibleWindow) {
            Case{"partly off the screen", claimed, managed("W", {-40, -60, 300, 200}), Point{-40, -60}},
            Case{"another size: the window is being resized", claimed, managed("W", {0, 0, 500, 500}), std::nullopt},
            Case{"nowhere", {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
-       })
+       }) {
     EXPECT_EQ(offsetOfWindow({.title = "W", .extents = extents}, std::vector{window}), expected) << reason;
+  }
 }
 
 TEST(OffsetOfWindow, ChoosesAmongWindowsOfOneSizeByTitleThenByActivity) {

@@ -20,15 +20,17 @@ TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
            Case{"empty entries", ";;unix:path=/a;", "unix:path=/a"},
            Case{"no address at all", "unix", ""},
            Case{"nothing", "", ""},
-       })
+       }) {
     EXPECT_EQ(localAddresses(list), expected) << reason;
+  }
 }
 
 TEST(OpenBus, FailsForAddressesThatLeadNowhere) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   for (const std::string_view list :
-       {"", "unix:", "unix:path=%zz", "unix:path=/nonexistent/bus", "unix:path=/a,path=/b"})
+       {"", "unix:", "unix:path=%zz", "unix:path=/nonexistent/bus", "unix:path=/a,path=/b"}) {
     EXPECT_EQ(openBus(list, deadline), nullptr) << list;
+  }
 }
 
 }  // namespace

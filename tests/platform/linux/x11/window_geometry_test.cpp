@@ -96,7 +96,7 @@ TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
 
 TEST(DisplayRegion, IsCutToTheDisplay) {
   using Row = std::tuple<const char*, Rect, DisplayRegion>;  // the region: empty for none
-  constexpr auto nan = std::numeric_limits<double>::quiet_NaN();
+  constexpr auto kNan = std::numeric_limits<double>::quiet_NaN();
   const PixelRect display{1000, 50, 640, 480};
   const std::vector<Row> rows{
       {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
@@ -109,7 +109,7 @@ TEST(DisplayRegion, IsCutToTheDisplay) {
       {"beside the display", {640, 0, 10, 10}, {}},
       {"too long", {0, 0, 32768, 1}, {}},
       {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
-      {"no numbers", {nan, 0, 10, nan}, {}},
+      {"no numbers", {kNan, 0, 10, kNan}, {}},
   };
   for (const auto& [reason, sourceRect, expected] : rows) {
     const auto region = regionOfDisplay(sourceRect, display).value_or(DisplayRegion{});

@@ -52,7 +52,8 @@ AXSummary captureAXTree(Target target, const std::optional<ResolvedTargetApp>& t
   const auto app = chosenApplication(target, targetApp, workspace);
   if (!app) return {};
   const auto root = chosenRoot(target, accessibility.createApplication(app->processIdentifier()));
-  accessibility.prefetch(root, {.maxDepth = kMaxDepth, .maxChildren = maxAXChildren, .attributes = walkedAXAttributes});
+  accessibility.prefetch(root,
+                         {.maxDepth = kMaxDepth, .maxChildren = kMaxAXChildren, .attributes = kWalkedAXAttributes});
   AXSummary summary;
   summary.tree = walkAXElement(*root, {.depth = 0, .maxDepth = kMaxDepth}, summary, redaction);
   return summary;

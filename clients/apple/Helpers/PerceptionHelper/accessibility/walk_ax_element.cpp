@@ -63,7 +63,7 @@ void addChildren(UIElement& element, WalkDepth depth, ResponseDictionary& node, 
   const auto* const elements = value ? std::get_if<std::vector<platform::UIElementRef>>(&*value) : nullptr;
   if (elements == nullptr || elements->empty()) return;
   ResponseArray children;
-  const auto count = std::min(elements->size(), static_cast<std::size_t>(maxAXChildren));
+  const auto count = std::min(elements->size(), static_cast<std::size_t>(kMaxAXChildren));
   children.reserve(count);
   const WalkDepth childDepth{.depth = depth.depth + 1, .maxDepth = depth.maxDepth};
   for (std::size_t i = 0; i < count; ++i) {

@@ -11,10 +11,10 @@
 namespace tavik {
 
 /// The most children of one element that are walked; the rest are neither walked nor counted.
-inline constexpr int maxAXChildren = 50;
+inline constexpr int kMaxAXChildren = 50;
 
 /// What a walk reads of every element, in this order; the last one only of those whose children it visits.
-inline constexpr std::array<std::string_view, 8> walkedAXAttributes{
+inline constexpr std::array<std::string_view, 8> kWalkedAXAttributes{
     "AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription", "AXPosition", "AXSize", "AXChildren"};
 
 /// How deep a walk is and may go; the root has depth 0, and elements at `maxDepth` are described without their

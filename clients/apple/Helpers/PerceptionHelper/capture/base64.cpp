@@ -26,8 +26,9 @@ void appendBase64(std::span<const std::byte> bytes, std::string& text) {
   while (!bytes.empty()) {
     const auto group = bytes.first(std::min<std::size_t>(3, bytes.size()));
     const auto bits = packed(group);
-    for (std::size_t digit = 0; digit <= group.size(); ++digit)
+    for (std::size_t digit = 0; digit <= group.size(); ++digit) {
       text[out + digit] = kAlphabet[bits >> (18 - 6 * digit) & 63U];
+    }
     out += 4;
     bytes = bytes.subspan(group.size());
   }

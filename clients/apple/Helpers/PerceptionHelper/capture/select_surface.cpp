@@ -44,15 +44,14 @@ SurfaceOrError frontmostWindow(const platform::ShareableContent& content, platfo
   const auto& display = content.displays.front();
   const auto app = workspace.frontmostApplication();
   if (!app) return wholeDisplay(display);
-  const auto window = std::find_if(content.windows.begin(), content.windows.end(), [&](const Window& candidate) {
-    return belongsTo(candidate, *app) && candidate.isOnScreen;
-  });
+  const auto window = std::ranges::find_if(
+      content.windows, [&](const Window& candidate) { return belongsTo(candidate, *app) && candidate.isOnScreen; });
   return window != content.windows.end() ? oneWindow(display, *window) : wholeDisplay(display);
 }
 
 bool isPreferred(const Window& window) {
-  constexpr double leastSide = 100;
-  return window.isOnScreen && window.frame.width >= leastSide && window.frame.height >= leastSide &&
+  constexpr double kLeastSide = 100;
+  return window.isOnScreen && window.frame.width >= kLeastSide && window.frame.height >= kLeastSide &&
          window.windowLayer == 0;
 }
 
@@ -61,13 +60,13 @@ double area(const Window& window) { return window.frame.width * window.frame.hei
 SurfaceOrError windowOf(const std::optional<ResolvedTargetApp>& targetApp, const platform::ShareableContent& content) {
   if (!targetApp) return CaptureImageError::targetAppHasNoWindow;
   std::vector<Window> candidates;
-  std::copy_if(content.windows.begin(), content.windows.end(), std::back_inserter(candidates),
-               [&](const Window& window) { return belongsTo(window, *targetApp->app); });
-  if (std::any_of(candidates.begin(), candidates.end(), isPreferred)) {
+  std::ranges::copy_if(content.windows, std::back_inserter(candidates),
+                       [&](const Window& window) { return belongsTo(window, *targetApp->app); });
+  if (std::ranges::any_of(candidates, isPreferred)) {
     std::erase_if(candidates, [](const Window& window) { return !isPreferred(window); });
   }
-  const auto chosen = std::max_element(candidates.begin(), candidates.end(),
-                                       [](const Window& a, const Window& b) { return area(a) < area(b); });
+  const auto chosen =
+      std::ranges::max_element(candidates, [](const Window& a, const Window& b) { return area(a) < area(b); });
   if (chosen == candidates.end()) return CaptureImageError::targetAppHasNoWindow;
   if (!chosen->isOnScreen) return CaptureImageError::targetWindowMinimized;
   return oneWindow(content.displays.front(), *chosen);

@@ -29,8 +29,8 @@ struct Rect {
 
 /// `number` truncated toward zero; nothing when it is not finite or does not fit 64 bits.
 constexpr std::optional<std::int64_t> truncated(double number) {
-  constexpr double limit = 0x1p63;
-  if (!(number >= -limit && number < limit)) return std::nullopt;
+  constexpr double kLimit = 0x1p63;
+  if (!(number >= -kLimit && number < kLimit)) return std::nullopt;
   return static_cast<std::int64_t>(number);
 }
 

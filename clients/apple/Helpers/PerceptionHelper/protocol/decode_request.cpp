@@ -60,7 +60,7 @@ Failure decode(const json::value& value, std::string_view path, std::string& res
 template <class Enumeration>
 std::string allSpellings() {
   std::string list;
-  for (const auto spelling : RawValues<Enumeration>::spellings) {
+  for (const auto spelling : RawValues<Enumeration>::kSpellings) {
     if (!list.empty()) list += ", ";
     list += spelling;
   }
@@ -108,7 +108,7 @@ std::variant<Request, DecodeError> decodeMembers(const json::object& object) {
 
 /// Where parsing stopped: "line 1, column 9", both counted from 1, columns in code points.
 std::string position(std::string_view consumed) {
-  const auto line = 1 + std::count(consumed.begin(), consumed.end(), '\n');
+  const auto line = 1 + std::ranges::count(consumed, '\n');
   const auto lineStart = consumed.rfind('\n');
   if (lineStart != std::string_view::npos) consumed.remove_prefix(lineStart + 1);
   const auto column = 1 + std::ranges::count_if(consumed, std::not_fn(text::isContinuationByte));
@@ -118,9 +118,9 @@ std::string position(std::string_view consumed) {
 }  // namespace
 
 std::variant<Request, DecodeError> decodeRequest(std::string_view bytes) {
-  constexpr std::size_t deepestNesting = 512;  // as Foundation's reader; Boost.JSON's own default of 32 is too little
+  constexpr std::size_t kDeepestNesting = 512;  // as Foundation's reader; Boost.JSON's own default of 32 is too little
   json::monotonic_resource memory;
-  json::stream_parser parser(&memory, json::parse_options{.max_depth = deepestNesting});
+  json::stream_parser parser(&memory, json::parse_options{.max_depth = kDeepestNesting});
   json::error_code error;
   const auto consumed = parser.write(bytes.data(), bytes.size(), error);
   if (!error) parser.finish(error);

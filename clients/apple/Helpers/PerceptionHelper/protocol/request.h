@@ -18,7 +18,7 @@ enum class Level : std::uint8_t { auto_, ax_only, glance, read, pixel_perfect };
 
 template <>
 struct RawValues<Level> {
-  static constexpr std::array<std::string_view, 5> spellings{"auto", "ax_only", "glance", "read", "pixel_perfect"};
+  static constexpr std::array<std::string_view, 5> kSpellings{"auto", "ax_only", "glance", "read", "pixel_perfect"};
 };
 static_assert(rawValue(Level::pixel_perfect) == "pixel_perfect");
 
@@ -27,7 +27,7 @@ enum class Target : std::uint8_t { app, focused_element, screen, region };
 
 template <>
 struct RawValues<Target> {
-  static constexpr std::array<std::string_view, 4> spellings{"app", "focused_element", "screen", "region"};
+  static constexpr std::array<std::string_view, 4> kSpellings{"app", "focused_element", "screen", "region"};
 };
 static_assert(rawValue(Target::region) == "region");
 
@@ -63,6 +63,8 @@ struct RequestMember {
   std::string_view key = {};  ///< in the JSON object
   std::optional<Value> Request::*member = nullptr;
 };
+template <class Value>
+RequestMember(std::string_view, std::optional<Value> Request::*) -> RequestMember<Value>;
 
 /// Every member of Request, in its order.
 inline constexpr std::tuple kRequestMembers{

@@ -17,9 +17,8 @@ namespace json = boost::json;
 bool isExpressible(const json::value& value);
 
 bool isExpressible(const json::object& object) {
-  return std::all_of(object.begin(), object.end(), [](const auto& member) {
-    return text::isValidUTF8(member.key()) && isExpressible(member.value());
-  });
+  return std::ranges::all_of(
+      object, [](const auto& member) { return text::isValidUTF8(member.key()) && isExpressible(member.value()); });
 }
 
 /// Boost.JSON writes strings and numbers unchecked.
@@ -32,8 +31,7 @@ bool isExpressible(const json::value& value) {
     case json::kind::object:
       return isExpressible(value.get_object());
     case json::kind::array:
-      return std::all_of(value.get_array().begin(), value.get_array().end(),
-                         [](const auto& element) { return isExpressible(element); });
+      return std::ranges::all_of(value.get_array(), [](const auto& element) { return isExpressible(element); });
     default:
       return true;
   }

@@ -21,14 +21,14 @@ std::optional<ResolvedTargetApp> findByBundleIdentifier(std::string_view identif
   if (identifier.empty()) return std::nullopt;
   const auto apps = workspace.runningApplicationsWithBundleIdentifier(identifier);
   if (apps.empty()) return std::nullopt;
-  const auto regular = std::find_if(apps.begin(), apps.end(), isRegular);
+  const auto regular = std::ranges::find_if(apps, isRegular);
   return ResolvedTargetApp{regular != apps.end() ? *regular : apps.front()};
 }
 
 std::optional<ResolvedTargetApp> findByName(std::string_view name, platform::Workspace& workspace) {
   if (name.empty()) return std::nullopt;
   const auto apps = workspace.runningApplications();
-  const auto found = std::find_if(apps.begin(), apps.end(), [&](const auto& app) {
+  const auto found = std::ranges::find_if(apps, [&](const auto& app) {
     if (!isRegular(app)) return false;
     const auto localizedName = app->localizedName();
     return localizedName && text::caselessEqual(*localizedName, name);

@@ -33,9 +33,9 @@ int combiningClass(char32_t codePoint) {
 void orderCanonically(CodePoints& codePoints) {
   const auto isStarter = [](char32_t codePoint) { return combiningClass(codePoint) == 0; };
   for (auto run = codePoints.begin(); run != codePoints.end();) {
-    run = std::find_if_not(run, codePoints.end(), isStarter);
-    const auto end = std::find_if(run, codePoints.end(), isStarter);
-    std::stable_sort(run, end, [](char32_t a, char32_t b) { return combiningClass(a) < combiningClass(b); });
+    run = std::ranges::find_if_not(run, codePoints.end(), isStarter);
+    const auto end = std::ranges::find_if(run, codePoints.end(), isStarter);
+    std::ranges::stable_sort(run, end, {}, combiningClass);
     run = end;
   }
 }
@@ -45,13 +45,13 @@ CodePoints decomposed(const CodePoints& codePoints, int options) {
   CodePoints result;
   result.reserve(codePoints.size());
   for (const char32_t codePoint : codePoints) {
-    constexpr utf8proc_ssize_t longestDecomposition = 32;
-    std::array<utf8proc_int32_t, longestDecomposition> parts{};
+    constexpr utf8proc_ssize_t kLongestDecomposition = 32;
+    std::array<utf8proc_int32_t, kLongestDecomposition> parts{};
     int boundClass = 0;
     const auto count =
-        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(codePoint), parts.data(), longestDecomposition,
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(codePoint), parts.data(), kLongestDecomposition,
                                 static_cast<utf8proc_option_t>(options | UTF8PROC_DECOMPOSE), &boundClass);
-    const auto end = parts.begin() + std::clamp<utf8proc_ssize_t>(count, 0, longestDecomposition);
+    const auto end = parts.begin() + std::clamp<utf8proc_ssize_t>(count, 0, kLongestDecomposition);
     result.append(parts.begin(), end);
   }
   orderCanonically(result);

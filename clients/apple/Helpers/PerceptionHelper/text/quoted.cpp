@@ -34,7 +34,7 @@ std::string byNumber(const char* format, std::int32_t number) {
 }  // namespace
 
 std::string quoted(std::string_view text) {
-  constexpr std::size_t mostCodePoints = 80;
+  constexpr std::size_t kMostCodePoints = 80;
   std::string result = "\"";
   for (std::size_t written = 0; !text.empty();) {
     const auto [value, length] = firstCodePoint(text);
@@ -43,7 +43,7 @@ std::string quoted(std::string_view text) {
                        : value < 0 ? byNumber("\\x%02X", static_cast<unsigned char>(text.front()))
                                    : byNumber("\\u{%X}", value);
     written += visible ? 1 : piece.size();
-    if (written > mostCodePoints) {
+    if (written > kMostCodePoints) {
       result += "\u2026";
       break;
     }

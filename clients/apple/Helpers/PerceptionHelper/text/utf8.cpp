@@ -35,7 +35,7 @@ std::size_t validRun(std::string_view bytes) {
 bool isValidUTF8(std::string_view bytes) { return validRun(bytes) == bytes.size(); }
 
 std::string toValidUTF8(std::string_view bytes) {
-  constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
+  constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
   std::string valid;
   valid.reserve(bytes.size());
   while (!bytes.empty()) {
@@ -43,7 +43,7 @@ std::string toValidUTF8(std::string_view bytes) {
     valid.append(bytes.substr(0, run));
     bytes.remove_prefix(run);
     if (bytes.empty()) break;
-    valid.append(replacementCharacter);
+    valid.append(kReplacementCharacter);
     bytes.remove_prefix(1);
   }
   return valid;

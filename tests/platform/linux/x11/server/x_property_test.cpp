@@ -68,15 +68,15 @@ TEST(XProperty, NumbersNeedTheirTypeAndFormat) {
 
 TEST(XClients, AreThoseThatFitIntoTheReplyAndOwnTheWindowsWithTheirBase) {
   using Row = std::tuple<const char*, Words, std::vector<std::int32_t>>;
-  constexpr std::uint32_t process = 2, resource = 1, base = 0x200000;
+  constexpr std::uint32_t kProcess = 2, kResource = 1, kBase = 0x200000;
   const std::vector<Row> rows{
-      {"two processes", {base, process, 4, 77, 2 * base, process, 4, 78}, {77, 78}},
-      {"a client of another machine has no value", {base, process, 0, 2 * base, process, 4, 78}, {78}},
-      {"another kind is skipped", {base, resource, 4, 76, base, process, 4, 77}, {77}},
-      {"a length beyond the end", {base, process, 4, 77, base, process, 0xFFFFFFFC, 78}, {77}},
-      {"a length a little beyond the end", {base, process, 8, 77}, {}},
-      {"cut short", {base, process}, {}},
-      {"no process has such a number", {base, process, 4, 0x80000000, base, process, 4, 0}, {}},
+      {"two processes", {kBase, kProcess, 4, 77, 2 * kBase, kProcess, 4, 78}, {77, 78}},
+      {"a client of another machine has no value", {kBase, kProcess, 0, 2 * kBase, kProcess, 4, 78}, {78}},
+      {"another kind is skipped", {kBase, kResource, 4, 76, kBase, kProcess, 4, 77}, {77}},
+      {"a length beyond the end", {kBase, kProcess, 4, 77, kBase, kProcess, 0xFFFFFFFC, 78}, {77}},
+      {"a length a little beyond the end", {kBase, kProcess, 8, 77}, {}},
+      {"cut short", {kBase, kProcess}, {}},
+      {"no process has such a number", {kBase, kProcess, 4, 0x80000000, kBase, kProcess, 4, 0}, {}},
   };
   for (const auto& [reason, words, expected] : rows) {
     std::vector<std::int32_t> processIDs;

@@ -58,8 +58,9 @@ ResamplingFilter lanczosFilter(std::int64_t from, std::int64_t to) {
     const auto angleOf = [&](std::int64_t tap) { return (static_cast<double>(tap) - centre) * angleOfStep; };
     auto direction = std::polar(1.0, angleOf(begin));  // turned from tap to tap: faster than a sine for each
     std::ranges::fill(weights, 0.0);
-    for (std::int64_t tap = begin; tap < begin + window; ++tap, direction *= turn)
+    for (std::int64_t tap = begin; tap < begin + window; ++tap, direction *= turn) {
       weights[static_cast<std::size_t>(mirrored(tap, from) - first)] += lanczos(angleOf(tap), direction.imag());
+    }
     inWholeUnits(weights, std::span(filter.weights).subspan(place * filter.taps, weights.size()));
     filter.first[place] = static_cast<std::size_t>(first);
   }

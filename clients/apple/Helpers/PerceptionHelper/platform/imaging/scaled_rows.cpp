@@ -56,8 +56,9 @@ void ScaledRows::help() {
 
 std::optional<std::size_t> ScaledRows::claim() {
   auto strip = claimed_.load();
-  while (strip < std::min(strips_, released_ + kRoom))
+  while (strip < std::min(strips_, released_ + kRoom)) {
     if (claimed_.compare_exchange_weak(strip, strip + 1)) return strip;
+  }
   return std::nullopt;
 }
 

@@ -22,8 +22,9 @@ Ref as(CFTypeRef value) {
 template <class Value>
 std::optional<Value> contentOf(CFTypeRef value, AXValueType type) {
   Value content{};
-  if (CFGetTypeID(value) != AXValueGetTypeID() || !AXValueGetValue(as<AXValueRef>(value), type, &content))
+  if (CFGetTypeID(value) != AXValueGetTypeID() || !AXValueGetValue(as<AXValueRef>(value), type, &content)) {
     return std::nullopt;
+  }
   return content;
 }
 

@@ -4,11 +4,11 @@ namespace tavik::platform::macos {
 
 std::string utf8Of(CFStringRef string) {
   if (string == nullptr) return {};
-  constexpr UInt8 lossByte = '?';
+  constexpr UInt8 kLossByte = '?';
   const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
   const auto convert = [&](UInt8* buffer, CFIndex room) {
     CFIndex count = 0;
-    CFStringGetBytes(string, whole, kCFStringEncodingUTF8, lossByte, false, buffer, room, &count);
+    CFStringGetBytes(string, whole, kCFStringEncodingUTF8, kLossByte, false, buffer, room, &count);
     return count;
   };
   std::string utf8(static_cast<std::size_t>(convert(nullptr, 0)), '\0');

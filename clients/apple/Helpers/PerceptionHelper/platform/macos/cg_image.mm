@@ -16,9 +16,9 @@ CFRef<CGColorSpaceRef> colorSpaceOf(CGImageRef image) {
 
 /// Null when there is no such bitmap.
 CFRef<CGContextRef> makeBitmapContext(PixelSize size, CGColorSpaceRef colorSpace) {
-  constexpr std::size_t bitsPerComponent = 8, itsOwnBytesPerRow = 0;
+  constexpr std::size_t kBitsPerComponent = 8, kItsOwnBytesPerRow = 0;
   return CFRef(CGBitmapContextCreate(nullptr, static_cast<std::size_t>(size.width),
-                                     static_cast<std::size_t>(size.height), bitsPerComponent, itsOwnBytesPerRow,
+                                     static_cast<std::size_t>(size.height), kBitsPerComponent, kItsOwnBytesPerRow,
                                      colorSpace, kCGImageAlphaPremultipliedLast));
 }
 

@@ -30,8 +30,9 @@ class AppKitApplication final : public RunningApplication {
 
 std::vector<RunningApplicationRef> toApplications(NSArray<NSRunningApplication*>* applications) {
   std::vector<RunningApplicationRef> result;
-  for (NSUInteger i = 0; i < [applications count]; ++i)
+  for (NSUInteger i = 0; i < [applications count]; ++i) {
     result.push_back(std::make_shared<AppKitApplication>([applications objectAtIndex:i]));
+  }
   return result;
 }
 

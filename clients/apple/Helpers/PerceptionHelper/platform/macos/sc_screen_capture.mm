@@ -26,10 +26,12 @@ Window toWindow(SCWindow* window) {
 
 ShareableContent toShareableContent(SCShareableContent* content) {
   ShareableContent result;
-  for (NSUInteger i = 0; i < [[content displays] count]; ++i)
+  for (NSUInteger i = 0; i < [[content displays] count]; ++i) {
     result.displays.push_back(toDisplay([[content displays] objectAtIndex:i]));
-  for (NSUInteger i = 0; i < [[content windows] count]; ++i)
+  }
+  for (NSUInteger i = 0; i < [[content windows] count]; ++i) {
     result.windows.push_back(toWindow([[content windows] objectAtIndex:i]));
+  }
   return result;
 }
 
@@ -38,14 +40,16 @@ PlatformError toError(NSError* error) {
 }
 
 SCDisplay* findDisplay(SCShareableContent* content, std::uint32_t displayID) {
-  for (NSUInteger i = 0; i < [[content displays] count]; ++i)
+  for (NSUInteger i = 0; i < [[content displays] count]; ++i) {
     if ([[[content displays] objectAtIndex:i] displayID] == displayID) return [[content displays] objectAtIndex:i];
+  }
   return nil;
 }
 
 SCWindow* findWindow(SCShareableContent* content, std::uint32_t windowID) {
-  for (NSUInteger i = 0; i < [[content windows] count]; ++i)
+  for (NSUInteger i = 0; i < [[content windows] count]; ++i) {
     if ([[[content windows] objectAtIndex:i] windowID] == windowID) return [[content windows] objectAtIndex:i];
+  }
   return nil;
 }
 
@@ -68,8 +72,9 @@ ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& con
   auto result = ObjCRef<SCStreamConfiguration*>::owning([SCStreamConfiguration new]);
   [result.get() setWidth:static_cast<std::size_t>(configuration.width)];
   [result.get() setHeight:static_cast<std::size_t>(configuration.height)];
-  if (const auto& rect = configuration.sourceRect)
+  if (const auto& rect = configuration.sourceRect) {
     [result.get() setSourceRect:CGRectMake(rect->x, rect->y, rect->width, rect->height)];
+  }
   [result.get() setShowsCursor:configuration.showsCursor ? YES : NO];
   [result.get() setQueueDepth:configuration.queueDepth];
   return result;
@@ -84,8 +89,9 @@ class ScreenCaptureKit final : public ScreenCapture {
     [SCShareableContent getShareableContentExcludingDesktopWindows:options.excludingDesktopWindows ? YES : NO
                                                onScreenWindowsOnly:options.onScreenWindowsOnly ? YES : NO
                                                  completionHandler:^(SCShareableContent* content, NSError* error) {
-                                                   if (error != nil || content == nil)
+                                                   if (error != nil || content == nil) {
                                                      return completionHandler(toError(error));
+                                                   }
                                                    content_ = ObjCRef<SCShareableContent*>::retaining(content);
                                                    completionHandler(toShareableContent(content));
                                                  }];

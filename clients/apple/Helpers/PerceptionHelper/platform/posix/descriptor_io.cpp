@@ -19,11 +19,11 @@ bool shouldTryAgain(int descriptor, short event) {
 }  // namespace
 
 ReadResult readToEnd(int descriptor) {
-  constexpr std::size_t leastRoom = 64 * 1024;
+  constexpr std::size_t kLeastRoom = 64 * 1024;
   ReadResult result;
   std::size_t size = 0;
   while (true) {
-    if (result.bytes.size() - size < leastRoom) result.bytes.resize(std::max(2 * size, size + leastRoom));
+    if (result.bytes.size() - size < kLeastRoom) result.bytes.resize(std::max(2 * size, size + kLeastRoom));
     const auto count = ::read(descriptor, result.bytes.data() + size, result.bytes.size() - size);
     if (count > 0) {
       size += static_cast<std::size_t>(count);

@@ -9,10 +9,10 @@
 namespace tavik::platform::posix {
 
 std::optional<std::string> readUTF8File(const std::string& path) {
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   auto text = readRegularFile(path, std::numeric_limits<std::size_t>::max());
   if (!text || !text::isValidUTF8(*text)) return std::nullopt;
-  if (text->starts_with(byteOrderMark)) text->erase(0, byteOrderMark.size());
+  if (text->starts_with(kByteOrderMark)) text->erase(0, kByteOrderMark.size());
   return text;
 }
 

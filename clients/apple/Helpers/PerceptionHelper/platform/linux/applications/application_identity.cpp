@@ -17,8 +17,9 @@ bool matches(std::string_view known, std::string_view other) { return !known.emp
 
 Fit fitOf(const DesktopEntry& entry, const ApplicationEvidence& evidence) {
   const auto endOfID = std::string_view(entry.id).substr(entry.id.rfind('.') + 1);
-  if (!entry.startupClass.empty() && text::caselessEqual(entry.startupClass, evidence.className))
+  if (!entry.startupClass.empty() && text::caselessEqual(entry.startupClass, evidence.className)) {
     return Fit::startupClass;
+  }
   if (matches(evidence.className, entry.id)) return Fit::id;
   if (matches(evidence.className, endOfID) || matches(evidence.instanceName, endOfID)) return Fit::endOfID;
   return matches(evidence.executable, entry.program) && !entry.noDisplay ? Fit::program : Fit::none;

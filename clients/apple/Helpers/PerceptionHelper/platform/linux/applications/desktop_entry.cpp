@@ -7,14 +7,15 @@
 namespace tavik::platform::applications {
 
 std::optional<DesktopEntry> parseDesktopEntry(std::string id, const std::string& text) {
-  constexpr const char* group = "Desktop Entry";
+  constexpr const char* kGroup = "Desktop Entry";
   const auto file = parseKeyFile(text);
-  if (!file || plainString(file, group, "Type") != "Application" || boolean(file, group, "Hidden")) return std::nullopt;
+  const bool isApplication = file && plainString(file, kGroup, "Type") == "Application";
+  if (!isApplication || boolean(file, kGroup, "Hidden")) return std::nullopt;
   return DesktopEntry{.id = std::move(id),
-                      .name = localeString(file, group, "Name").value_or(""),
-                      .startupClass = plainString(file, group, "StartupWMClass").value_or(""),
-                      .program = programOfCommandLine(plainString(file, group, "Exec").value_or("")),
-                      .noDisplay = boolean(file, group, "NoDisplay")};
+                      .name = localeString(file, kGroup, "Name").value_or(""),
+                      .startupClass = plainString(file, kGroup, "StartupWMClass").value_or(""),
+                      .program = programOfCommandLine(plainString(file, kGroup, "Exec").value_or("")),
+                      .noDisplay = boolean(file, kGroup, "NoDisplay")};
 }
 
 }  // namespace tavik::platform::applications

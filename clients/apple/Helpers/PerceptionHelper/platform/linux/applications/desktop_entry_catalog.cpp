@@ -21,11 +21,11 @@ constexpr std::size_t kLargestFile = std::size_t{1024} * 1024;
 
 /// The id of a file in a folder of entries: its path from there, with '-' for '/'. Empty when the file is no entry.
 std::string idOf(const fs::path& path, const fs::path& folder) {
-  constexpr std::string_view suffix = ".desktop";
+  constexpr std::string_view kSuffix = ".desktop";
   auto id = path.lexically_relative(folder).generic_string();
-  if (!id.ends_with(suffix) || !text::isValidUTF8(id)) return {};
-  id.resize(id.size() - suffix.size());
-  std::replace(id.begin(), id.end(), '/', '-');
+  if (!id.ends_with(kSuffix) || !text::isValidUTF8(id)) return {};
+  id.resize(id.size() - kSuffix.size());
+  std::ranges::replace(id, '/', '-');
   return id;
 }
 
@@ -64,16 +64,16 @@ const DesktopEntry* DesktopEntryCatalog::at(std::size_t index) {
   auto& item = items_[index];
   if (!item.isRead) {
     item.isRead = true;
-    if (const auto text = posix::readRegularFile(item.path, kLargestFile))
+    if (const auto text = posix::readRegularFile(item.path, kLargestFile)) {
       item.entry = parseDesktopEntry(item.id, *text);
+    }
   }
   return item.entry ? &*item.entry : nullptr;
 }
 
 const DesktopEntry* DesktopEntryCatalog::find(std::string_view id) {
   list();
-  const auto item =
-      std::find_if(items_.begin(), items_.end(), [&](const Item& candidate) { return candidate.id == id; });
+  const auto item = std::ranges::find_if(items_, [&](const Item& candidate) { return candidate.id == id; });
   return item != items_.end() ? at(static_cast<std::size_t>(item - items_.begin())) : nullptr;
 }
 

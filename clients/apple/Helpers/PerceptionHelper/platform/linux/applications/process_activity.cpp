@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <iterator>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
 #include <linux/sock_diag.h>
@@ -28,8 +27,8 @@ namespace fs = std::filesystem;
 /// Field 3, the state, and field 20, the number of threads, of "PID (NAME) STATE ...", where the name may hold anything
 /// (proc(5)).
 bool sleepsWithOneThread(std::int32_t processID) {
-  constexpr std::size_t largest = 4096;
-  const auto status = posix::readRegularFile(procPath(processID, "stat"), largest).value_or("");
+  constexpr std::size_t kLargest = 4096;
+  const auto status = posix::readRegularFile(procPath(processID, "stat"), kLargest).value_or("");
   std::istringstream fields(status.substr(std::min(status.size(), status.rfind(')') + 1)));
   std::string state;
   std::string threads;
@@ -40,15 +39,15 @@ bool sleepsWithOneThread(std::int32_t processID) {
 
 /// The inode numbers of the sockets that a process has open; nothing when that cannot be seen.
 std::optional<std::vector<std::uint32_t>> socketsOf(std::int32_t processID) {
-  constexpr std::string_view prefix = "socket:[";
+  constexpr std::string_view kPrefix = "socket:[";
   std::vector<std::uint32_t> inodes;
   std::error_code error;
   fs::directory_iterator item(procPath(processID, "fd"), error);
   for (; !error && item != fs::directory_iterator(); item.increment(error)) {
     std::error_code closed;
     const auto target = fs::read_symlink(item->path(), closed).string();
-    if (!target.starts_with(prefix)) continue;
-    std::istringstream number(target.substr(prefix.size()));
+    if (!target.starts_with(kPrefix)) continue;
+    std::istringstream number(target.substr(kPrefix.size()));
     if (std::uint32_t inode = 0; number >> inode) inodes.push_back(inode);
   }
   return error ? std::nullopt : std::optional(std::move(inodes));
@@ -68,16 +67,16 @@ struct QueueAnswer {
 
 /// True for a local socket with nothing to read in it.
 bool isDrained(const posix::FileDescriptor& diagnosis, std::uint32_t inode) {
-  constexpr std::uint32_t any = ~0U;
+  constexpr std::uint32_t kAny = ~0U;
   QueueQuestion question;
   question.header.nlmsg_len = sizeof question;
   question.header.nlmsg_type = SOCK_DIAG_BY_FAMILY;
   question.header.nlmsg_flags = NLM_F_REQUEST;
   question.socket.sdiag_family = AF_UNIX;
-  question.socket.udiag_states = any;
+  question.socket.udiag_states = kAny;
   question.socket.udiag_ino = inode;
   question.socket.udiag_show = UDIAG_SHOW_RQLEN;
-  std::fill(std::begin(question.socket.udiag_cookie), std::end(question.socket.udiag_cookie), any);
+  std::ranges::fill(question.socket.udiag_cookie, kAny);
   QueueAnswer answer;
   if (::send(diagnosis.get(), &question, sizeof question, 0) < 0) return false;
   const auto received = ::recv(diagnosis.get(), &answer, sizeof answer, MSG_DONTWAIT);
@@ -91,9 +90,8 @@ bool isIdle(std::int32_t processID) {
   if (!sleepsWithOneThread(processID)) return false;
   const auto sockets = socketsOf(processID);
   const posix::FileDescriptor diagnosis(::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_SOCK_DIAG));
-  return sockets && diagnosis.isOpen() && std::all_of(sockets->begin(), sockets->end(), [&](std::uint32_t inode) {
-           return isDrained(diagnosis, inode);
-         });
+  return sockets && diagnosis.isOpen() &&
+         std::ranges::all_of(*sockets, [&](std::uint32_t inode) { return isDrained(diagnosis, inode); });
 }
 
 }  // namespace tavik::platform::applications

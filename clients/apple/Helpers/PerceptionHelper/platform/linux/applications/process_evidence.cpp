@@ -29,10 +29,10 @@ std::string flatpakID(std::int32_t processID) { return flatpakInfo(processID, "A
 std::string flatpakInstance(std::int32_t processID) { return flatpakInfo(processID, "Instance", "instance-id"); }
 
 std::string executableName(std::int32_t processID) {
-  constexpr std::string_view replaced = " (deleted)";
+  constexpr std::string_view kReplaced = " (deleted)";
   std::error_code error;
   auto name = std::filesystem::read_symlink(procPath(processID, "exe"), error).filename().string();
-  if (name.ends_with(replaced)) name.resize(name.size() - replaced.size());
+  if (name.ends_with(kReplaced)) name.resize(name.size() - kReplaced.size());
   return text::toValidUTF8(name);
 }
 

@@ -71,8 +71,9 @@ Element* Application::root() {
   root_->session()->coordinates = Coordinates::window;
   const auto claims = claimsOfWindows(*root_);
   const auto candidates = findWindows_();
-  for (std::size_t index = 0; index < claims.size(); ++index)
+  for (std::size_t index = 0; index < claims.size(); ++index) {
     root_->known().children[index]->setOffset(offsetOfWindow(claims[index], candidates));
+  }
   return root_.get();
 }
 
@@ -97,7 +98,7 @@ Application::ElementRef Application::mainWindow() {
 std::vector<Application::ElementRef> Application::windowsMainFirst() {
   auto windows = root()->known().children;
   const auto main = std::ranges::find(windows, mainWindow());
-  if (main != windows.end()) std::rotate(windows.begin(), main, std::next(main));
+  if (main != windows.end()) std::ranges::rotate(windows, main);
   return windows;
 }
 

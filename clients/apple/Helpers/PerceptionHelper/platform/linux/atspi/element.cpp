@@ -106,9 +106,10 @@ void Element::ask(unsigned facts) {
   asked_ |= fresh;
   const auto isFresh = [fresh](unsigned fact) { return (fresh & fact) != 0; };
   if (isFresh(fact::role)) askRole();
-  if (isFresh(fact::states))
+  if (isFresh(fact::states)) {
     session_->conversation.ask(reference_, kAccessible, "GetState",
                                [this](const dbus::Answer& answer) { known_.states = readStates(answer.reply); });
+  }
   if (isFresh(fact::name)) askString("Name", known_.name);
   if (isFresh(fact::description)) askString("Description", known_.description);
   if (isFresh(fact::helpText)) askHelpText();
@@ -204,8 +205,9 @@ void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>&
       answers->references[index] = readReference(answer.reply).value_or(dbus::Reference{});
       if (--answers->missing > 0) return;
       // A null object does not count as a child, so that later children move up: then the whole list is needed.
-      if (std::ranges::find(answers->references, dbus::Reference{}) != answers->references.end())
+      if (std::ranges::find(answers->references, dbus::Reference{}) != answers->references.end()) {
         return askAllChildren(limit, then);
+      }
       adopt(std::move(answers->references));
       then();
     };
@@ -217,8 +219,9 @@ void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>&
 void Element::adopt(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
-  for (auto& reference : references)
+  for (auto& reference : references) {
     known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset));
+  }
 }
 
 std::optional<std::string> Element::admitted(std::optional<std::string> text) {

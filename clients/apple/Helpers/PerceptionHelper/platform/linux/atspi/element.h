@@ -20,13 +20,7 @@ namespace tavik::platform::atspi {
 
 /// What can be asked of an object, apart from its children. Several are combined with |.
 namespace fact {
-constexpr unsigned role = 1;
-constexpr unsigned states = 2;
-constexpr unsigned name = 4;
-constexpr unsigned description = 8;
-constexpr unsigned helpText = 16;
-constexpr unsigned text = 32;
-constexpr unsigned extents = 64;
+enum : unsigned { role = 1, states = 2, name = 4, description = 8, helpText = 16, text = 32, extents = 64 };
 }  // namespace fact
 
 class Element;

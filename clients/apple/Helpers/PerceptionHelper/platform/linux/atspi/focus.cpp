@@ -45,8 +45,9 @@ ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
   window.withInterfaces([] {});
   window.session()->conversation.settle();
   if (window.known().interfaces && window.known().interfaces->collection) {
-    if (const auto focused = collectFocused(window))
+    if (const auto focused = collectFocused(window)) {
       return focused->empty() ? nullptr : freshElement(window, focused->front());
+    }
   }
   return searchFocused(window, bounds);
 }

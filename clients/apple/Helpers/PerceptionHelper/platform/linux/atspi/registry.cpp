@@ -25,8 +25,9 @@ std::vector<Application> registeredApplications(dbus::Conversation& conversation
   const dbus::Reference registry{.busName = "org.a11y.atspi.Registry", .path = "/org/a11y/atspi/accessible/root"};
   std::vector<Application> applications;
   conversation.ask(registry, kAccessible, "GetChildren", [&applications](const dbus::Answer& answer) {
-    for (auto& root : readReferences(answer.reply, kMaxApplications).value_or(std::vector<dbus::Reference>{}))
+    for (auto& root : readReferences(answer.reply, kMaxApplications).value_or(std::vector<dbus::Reference>{})) {
       applications.push_back({.root = std::move(root)});
+    }
   });
   conversation.settle();
   return applications;
@@ -34,19 +35,21 @@ std::vector<Application> registeredApplications(dbus::Conversation& conversation
 
 void askProcessIDs(dbus::Conversation& conversation, std::vector<Application>& applications) {
   const dbus::Reference driver{.busName = kBusDriver, .path = "/org/freedesktop/DBus"};
-  for (Application& application : applications)
+  for (Application& application : applications) {
     conversation.ask(
         driver, kBusDriver, "GetConnectionUnixProcessID",
         [&application](const dbus::Answer& answer) { application.processID = readUInt32(answer.reply); }, "s",
         application.root.busName.c_str());
+  }
   conversation.settle();
 }
 
 void askForWindows(dbus::Conversation& conversation, std::vector<Application>& applications) {
-  for (Application& application : applications)
+  for (Application& application : applications) {
     conversation.askProperty(application.root, kAccessible, "ChildCount", [&application](const dbus::Answer& answer) {
       application.hasWindows = readInt32Property(answer.reply).value_or(0) > 0;
     });
+  }
   conversation.settle();
 }
 

@@ -69,9 +69,10 @@ std::optional<Interfaces> readInterfaces(sd_bus_message* reply) {
 
 std::optional<Extents> readExtents(sd_bus_message* reply) {
   Extents extents;
-  if (!reply ||
-      dbus::sdBus()->sd_bus_message_read(reply, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height) <= 0)
+  if (!reply || dbus::sdBus()->sd_bus_message_read(reply, "(iiii)", &extents.x, &extents.y, &extents.width,
+                                                   &extents.height) <= 0) {
     return std::nullopt;
+  }
   return extents;
 }
 
@@ -81,8 +82,9 @@ std::optional<dbus::Reference> readReference(sd_bus_message* reply) {
 }
 
 std::optional<std::vector<dbus::Reference>> readReferences(sd_bus_message* reply, std::size_t limit) {
-  if (!reply || dbus::sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0)
+  if (!reply || dbus::sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) {
     return std::nullopt;
+  }
   std::vector<dbus::Reference> references;
   while (references.size() < limit) {
     auto reference = nextReference(reply);

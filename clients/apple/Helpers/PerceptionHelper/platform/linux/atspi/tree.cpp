@@ -16,8 +16,9 @@ class TreeReader {
     const Visit visit = queue_.front();
     queue_.pop_front();
     visit.element->ask(bounds_.facts);
-    if (visit.depth < bounds_.maxDepth)
+    if (visit.depth < bounds_.maxDepth) {
       visit.element->withChildren(bounds_.maxChildren, [this, visit] { enqueueChildrenOf(visit); });
+    }
     return true;
   }
 

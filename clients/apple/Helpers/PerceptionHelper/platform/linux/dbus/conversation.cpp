@@ -68,10 +68,11 @@ int Conversation::onReply(sd_bus_message* reply, void* userdata, sd_bus_error*) 
   std::list<Call> answered;
   answered.splice(answered.begin(), self.inFlight_, call.position);
   self.patience_.noteAnswer();
-  if (sdBus()->sd_bus_message_is_method_error(reply, nullptr) > 0)
+  if (sdBus()->sd_bus_message_is_method_error(reply, nullptr) > 0) {
     call.handler({.reply = nullptr, .isUnsupported = isUnsupported(reply)});
-  else
+  } else {
     call.handler({.reply = reply});
+  }
   return 1;
 }
 

@@ -36,9 +36,9 @@ std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply
 /// A server without RandR 1.5 fails this request.
 std::optional<std::vector<Monitor>> randrMonitors(XConnection& connection, const PixelRect& root) {
   if (!connection.hasExtension(xcb_randr_id)) return std::nullopt;
-  constexpr std::uint8_t onlyActive = 1;
+  constexpr std::uint8_t kOnlyActive = 1;
   xcb_discard_reply(connection.xcb(), xcb_randr_query_version(connection.xcb(), 1, 5).sequence);
-  const auto cookie = xcb_randr_get_monitors(connection.xcb(), connection.root(), onlyActive);
+  const auto cookie = xcb_randr_get_monitors(connection.xcb(), connection.root(), kOnlyActive);
   const auto reply = connection.reply(xcb_randr_get_monitors_reply, cookie);
   return reply ? std::optional(monitorsOfReply(*reply, root)) : std::nullopt;
 }

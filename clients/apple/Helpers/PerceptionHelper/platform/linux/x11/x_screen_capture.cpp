@@ -35,9 +35,8 @@ bool isListed(const ManagedWindow& window, const ShareableContentOptions& option
 std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const ContentFilter& filter,
                                               const std::optional<Rect>& sourceRect) {
   const auto all = monitors(connection);
-  const auto monitor = std::find_if(all.begin(), all.end(), [&](const Monitor& candidate) {
-    return candidate.displayID == filter.display.displayID;
-  });
+  const auto monitor = std::ranges::find_if(
+      all, [&](const Monitor& candidate) { return candidate.displayID == filter.display.displayID; });
   if (monitor == all.end()) return std::nullopt;
   const Rect whole{.width = static_cast<double>(monitor->rect.width),
                    .height = static_cast<double>(monitor->rect.height)};
@@ -52,8 +51,8 @@ std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const Con
 /// picture would be stretched.
 std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Window& listed, StructureWatch& watch) {
   const auto windows = managedWindows(connection);
-  const auto window = std::find_if(windows.begin(), windows.end(),
-                                   [&](const auto& candidate) { return candidate.client == listed.windowID; });
+  const auto window =
+      std::ranges::find_if(windows, [&](const auto& candidate) { return candidate.client == listed.windowID; });
   if (window == windows.end()) return std::nullopt;
   watch.setFrame(window->frame);
   const auto now = toWindow(*window).frame;
@@ -63,8 +62,8 @@ std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Windo
 
 /// Tries again while the window, or what covers it, changes under our eyes.
 std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
-  constexpr std::chrono::milliseconds patience{500};
-  const auto end = Clock::now() + patience;
+  constexpr std::chrono::milliseconds kPatience{500};
+  const auto end = Clock::now() + kPatience;
   while (true) {
     StructureWatch watch(connection, listed.windowID);
     auto bitmap = tryToCapture(connection, listed, watch);

@@ -26,8 +26,8 @@ struct ApplicationProcess {
 /// Adds a process, or what one more window of its says.
 void addWindow(std::vector<ApplicationProcess>& processes, const ManagedWindow& window) {
   if (window.processID <= 0) return;
-  const auto known = std::find_if(processes.begin(), processes.end(),
-                                  [&](const auto& process) { return process.processID == window.processID; });
+  const auto known =
+      std::ranges::find_if(processes, [&](const auto& process) { return process.processID == window.processID; });
   if (known == processes.end()) {
     processes.push_back({.processID = window.processID, .window = window});
   } else if (window.isRegular && !known->window->isRegular) {
@@ -39,8 +39,8 @@ std::vector<ApplicationProcess> processesOf(const Desktop& desktop) {
   std::vector<ApplicationProcess> processes;
   for (const auto& window : desktop.windows) addWindow(processes, window);
   for (const auto& client : desktop.clients) {
-    const bool isKnown = std::any_of(processes.begin(), processes.end(),
-                                     [&](const auto& process) { return process.processID == client.processID; });
+    const bool isKnown =
+        std::ranges::any_of(processes, [&](const auto& process) { return process.processID == client.processID; });
     if (!isKnown) processes.push_back({.processID = client.processID});
   }
   return processes;
@@ -100,7 +100,7 @@ class XWorkspace final : public Workspace {
   RunningApplicationRef frontmostApplication() override {
     const auto desktop = readDesktop(*connection_);
     const auto applications = applicationsOf(desktop);
-    const auto frontmost = std::find_if(applications.begin(), applications.end(), [&](const auto& application) {
+    const auto frontmost = std::ranges::find_if(applications, [&](const auto& application) {
       return application->processIdentifier() == desktop.activeProcessID;
     });
     return frontmost != applications.end() ? *frontmost : nullptr;

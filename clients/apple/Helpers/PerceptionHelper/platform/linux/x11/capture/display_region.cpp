@@ -13,10 +13,10 @@ namespace {
 
 /// Truncated; nothing outside of -largest ... largest, or for what is no number.
 std::optional<std::int32_t> wholePixels(double value) {
-  constexpr auto largest = static_cast<double>(imaging::kLongestSurfaceSide);
+  constexpr auto kLargest = static_cast<double>(imaging::kLongestSurfaceSide);
   const auto truncated = std::trunc(value);
-  return truncated >= -largest && truncated <= largest ? std::optional(static_cast<std::int32_t>(truncated))
-                                                       : std::nullopt;
+  return truncated >= -kLargest && truncated <= kLargest ? std::optional(static_cast<std::int32_t>(truncated))
+                                                         : std::nullopt;
 }
 
 }  // namespace

@@ -59,8 +59,8 @@ bool OffscreenWindow::noteDrawing(const xcb_generic_event_t& event, RepaintProgr
 }
 
 bool OffscreenWindow::waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID) {
-  constexpr std::chrono::milliseconds limit{400};
-  const auto end = Clock::now() + limit;
+  constexpr std::chrono::milliseconds kLimit{400};
+  const auto end = Clock::now() + kLimit;
   auto quietSince = Clock::now();
   while (!watch.hasChanged() && !watch.otherHasChanged()) {
     const auto finished = quietSince + progress.quietPeriod();

@@ -72,8 +72,8 @@ std::optional<Surface> surfaceOf(XConnection& connection, const ManagedWindow& w
 /// Under a compositing manager every window has a pixmap that holds all of it; without one, those with an alpha channel
 /// have. Any other has one only as long as somebody reads it as we do, and may be waiting to be drawn.
 bool isKeptInMemory(XConnection& connection, const Surface& surface) {
-  constexpr std::uint8_t alphaDepth = 32;
-  if (surface.depth == alphaDepth && connection.screen().root_depth != alphaDepth) return true;
+  constexpr std::uint8_t kAlphaDepth = 32;
+  if (surface.depth == kAlphaDepth && connection.screen().root_depth != kAlphaDepth) return true;
   const auto selection = connection.atom(Atom::compositingManager);
   if (selection == XCB_ATOM_NONE) return false;
   const auto cookie = xcb_get_selection_owner(connection.xcb(), selection);
@@ -129,10 +129,11 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
                         .height = surface.outer.height - 2 * surface.border};
   watch.forgetOthers();
   auto hidden = hiddenParts(connection, surface);
-  std::transform(hidden.begin(), hidden.end(), hidden.begin(), toOwn);
+  std::ranges::transform(hidden, hidden.begin(), toOwn);
   OffscreenWindow offscreen(connection, surface.frame);
-  if (!offscreen.waitForRepaint({intersection(hidden, {inner}), toOwn(surface.client)}, watch, processID))
+  if (!offscreen.waitForRepaint({intersection(hidden, {inner}), toOwn(surface.client)}, watch, processID)) {
     return std::nullopt;
+  }
   return readPixmap(connection, surface);
 }
 

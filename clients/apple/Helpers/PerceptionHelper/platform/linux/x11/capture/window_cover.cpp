@@ -71,7 +71,7 @@ std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuer
 std::vector<xcb_window_t> windowsAbove(XConnection& connection, xcb_window_t frame) {
   const auto tree = connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.xcb(), connection.root()));
   const auto children = tree ? childrenOfReply(*tree) : std::vector<xcb_window_t>{};
-  const auto own = std::find(children.begin(), children.end(), frame);
+  const auto own = std::ranges::find(children, frame);
   return own != children.end() ? std::vector(own + 1, children.end()) : std::vector<xcb_window_t>{};
 }
 

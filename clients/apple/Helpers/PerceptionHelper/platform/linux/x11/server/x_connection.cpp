@@ -64,12 +64,12 @@ void XConnection::prepare(int screenNumber) {
     xcb_prefetch_extension_data(xcb(), extension);
   }
   std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies{};
-  std::transform(kAtomNames.begin(), kAtomNames.end(), cookies.begin(), [&](std::string_view atomName) {
-    constexpr std::uint8_t onlyIfExists = 1;
+  std::ranges::transform(kAtomNames, cookies.begin(), [&](std::string_view atomName) {
+    constexpr std::uint8_t kOnlyIfExists = 1;
     const auto name = nameOnScreen(atomName, screenNumber);
-    return xcb_intern_atom(xcb(), onlyIfExists, static_cast<std::uint16_t>(name.size()), name.data());
+    return xcb_intern_atom(xcb(), kOnlyIfExists, static_cast<std::uint16_t>(name.size()), name.data());
   });
-  std::transform(cookies.begin(), cookies.end(), atoms_.begin(), [this](xcb_intern_atom_cookie_t cookie) {
+  std::ranges::transform(cookies, atoms_.begin(), [this](xcb_intern_atom_cookie_t cookie) {
     const auto found = reply(xcb_intern_atom_reply, cookie);
     return found ? found->atom : xcb_atom_t{XCB_ATOM_NONE};
   });

@@ -45,8 +45,8 @@ std::string takeText(const PropertyValue& value, std::string_view& rest) {
 
 xcb_get_property_cookie_t requestProperty(XConnection& connection, xcb_window_t window, xcb_atom_t name,
                                           std::uint32_t maximumBytes) {
-  constexpr std::uint8_t keep = 0;
-  return xcb_get_property(connection.xcb(), keep, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, maximumBytes / 4);
+  constexpr std::uint8_t kKeepIt = 0;
+  return xcb_get_property(connection.xcb(), kKeepIt, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, maximumBytes / 4);
 }
 
 PropertyValue property(XConnection& connection, xcb_get_property_cookie_t cookie) {

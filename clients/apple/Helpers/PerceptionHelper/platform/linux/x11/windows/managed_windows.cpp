@@ -169,8 +169,7 @@ Desktop readDesktop(XConnection& connection) {
   if (!connection.isReachable()) return {};
   auto root = readRoot(connection);
   Desktop desktop{.windows = describe(connection, root.windows, root), .topLevels = std::move(root.children)};
-  const auto active =
-      std::find_if(desktop.windows.begin(), desktop.windows.end(), [](const auto& window) { return window.isActive; });
+  const auto active = std::ranges::find_if(desktop.windows, [](const auto& window) { return window.isActive; });
   desktop.activeProcessID = active != desktop.windows.end()
                                 ? active->processID
                                 : processOfWindow(root.clients, connection.setup().resource_id_mask, root.active);
@@ -182,10 +181,9 @@ Desktop readDesktop(XConnection& connection) {
 std::vector<ManagedWindow> managedWindows(XConnection& connection) {
   auto [windows, topLevels, clients, activeProcessID] = readDesktop(connection);
   const auto height = [&topLevels = topLevels](const ManagedWindow& window) {
-    return std::find(topLevels.begin(), topLevels.end(), window.frame) - topLevels.begin();
+    return std::ranges::find(topLevels, window.frame) - topLevels.begin();
   };
-  std::stable_sort(windows.begin(), windows.end(),
-                   [&](const auto& left, const auto& right) { return height(left) > height(right); });
+  std::ranges::stable_sort(windows, [&](const auto& left, const auto& right) { return height(left) > height(right); });
   return std::move(windows);
 }
 

@@ -22,14 +22,14 @@ struct HintReader {
   /// A client lists several types, the others for window managers that do not know the first.
   bool hasType(Atom type) const { return contains(hints.types, type); }
   bool hasType(std::initializer_list<Atom> types) const {
-    return std::any_of(types.begin(), types.end(), [this](Atom type) { return hasType(type); });
+    return std::ranges::any_of(types, [this](Atom type) { return hasType(type); });
   }
   bool hasState(Atom state) const { return contains(hints.states, state); }
 
  private:
   bool contains(const std::vector<std::uint32_t>& list, Atom atom) const {
     const auto number = atoms[static_cast<std::size_t>(atom)];
-    return number != XCB_ATOM_NONE && std::find(list.begin(), list.end(), number) != list.end();
+    return number != XCB_ATOM_NONE && std::ranges::find(list, number) != list.end();
   }
 };
 
@@ -42,14 +42,14 @@ std::int32_t layerOf(const HintReader& window) {
 
 /// True for a window that lives on a workspace that is not shown. A viewable one is on some monitor's.
 bool isOnOtherWorkspace(const WindowHints& hints, std::optional<std::uint32_t> currentWorkspace) {
-  constexpr std::uint32_t allWorkspaces = 0xFFFFFFFF;
-  return !hints.isViewable && currentWorkspace && hints.workspace && *hints.workspace != allWorkspaces &&
+  constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
+  return !hints.isViewable && currentWorkspace && hints.workspace && *hints.workspace != kAllWorkspaces &&
          *hints.workspace != *currentWorkspace;
 }
 
 FrameExtents extentsOf(const std::vector<std::uint32_t>& extents) {
-  constexpr std::uint32_t largest = 0x7FFF;
-  if (extents.size() != 4 || *std::max_element(extents.begin(), extents.end()) > largest) return {};
+  constexpr std::uint32_t kLargest = 0x7FFF;
+  if (extents.size() != 4 || *std::ranges::max_element(extents) > kLargest) return {};
   return {.left = static_cast<std::int32_t>(extents[0]),
           .right = static_cast<std::int32_t>(extents[1]),
           .top = static_cast<std::int32_t>(extents[2]),

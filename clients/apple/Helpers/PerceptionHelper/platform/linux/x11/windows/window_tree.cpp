@@ -25,8 +25,8 @@ struct CandidateQuery {
 };
 
 bool isManagedState(const PropertyValue& value, xcb_atom_t type) {
-  constexpr std::uint32_t withdrawnState = 0;
-  return firstWord(value, type).value_or(withdrawnState) != withdrawnState;
+  constexpr std::uint32_t kWithdrawnState = 0;
+  return firstWord(value, type).value_or(kWithdrawnState) != kWithdrawnState;
 }
 
 /// One level of the search: notes the clients found in `clients`, and returns where to look next.
