@@ -9,6 +9,7 @@
 
 #include <xcb/xcb_xrm.h>
 
+#include "platform/linux/x11/server/selection_owner.h"
 #include "platform/linux/x11/server/x_property.h"
 #include "platform/linux/x11/xsettings.h"
 
@@ -56,13 +57,10 @@ std::optional<double> factorOfSettings(std::string_view settings) {
 
 /// What the settings manager of the screen has written to its window.
 PropertyValue settingsOf(XConnection& connection) {
-  const auto selection = connection.atom(Atom::xsettingsManager);
-  if (selection == XCB_ATOM_NONE) return {};
-  const auto cookie = xcb_get_selection_owner(connection.xcb(), selection);
-  const auto manager = connection.reply(xcb_get_selection_owner_reply, cookie);
-  if (!manager || manager->owner == XCB_NONE) return {};
+  const auto manager = selectionOwner(connection, Atom::xsettingsManager);
+  if (manager == XCB_NONE) return {};
   const auto name = connection.atom(Atom::xsettingsSettings);
-  auto settings = property(connection, requestProperty(connection, manager->owner, name, kMostBytes));
+  auto settings = property(connection, requestProperty(connection, manager, name, kMostBytes));
   return settings.format == 8 ? std::move(settings) : PropertyValue{};
 }
 

@@ -13,6 +13,7 @@
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/capture/server_image.h"
 #include "platform/linux/x11/capture/window_cover.h"
+#include "platform/linux/x11/server/selection_owner.h"
 
 namespace tavik::platform::x11 {
 
@@ -74,11 +75,7 @@ std::optional<Surface> surfaceOf(XConnection& connection, const ManagedWindow& w
 bool isKeptInMemory(XConnection& connection, const Surface& surface) {
   constexpr std::uint8_t kAlphaDepth = 32;
   if (surface.depth == kAlphaDepth && connection.screen().root_depth != kAlphaDepth) return true;
-  const auto selection = connection.atom(Atom::compositingManager);
-  if (selection == XCB_ATOM_NONE) return false;
-  const auto cookie = xcb_get_selection_owner(connection.xcb(), selection);
-  const auto manager = connection.reply(xcb_get_selection_owner_reply, cookie);
-  return manager && manager->owner != XCB_NONE;
+  return selectionOwner(connection, Atom::compositingManager) != XCB_NONE;
 }
 
 bool hasPixmap(XConnection& connection, const Surface& surface) {
@@ -137,6 +134,12 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
   return readPixmap(connection, surface);
 }
 
+/// Tries the ways to a whole picture, the surest first:
+/// 1. the pixmap that a compositing manager keeps of every window,
+/// 2. the one that the server keeps of a window with an alpha channel; both whatever covers the window;
+/// 3. the screen, where nothing covers the window and nothing comes over it meanwhile;
+/// 4. a pixmap that the window is drawn into for us, out of sight, when no other program is having that done;
+/// 5. such a pixmap, when the other program is done with its own.
 std::optional<imaging::Bitmap> readSurface(XConnection& connection, const Surface& surface, StructureWatch& watch,
                                            std::int32_t processID) {
   if (isKeptInMemory(connection, surface)) {

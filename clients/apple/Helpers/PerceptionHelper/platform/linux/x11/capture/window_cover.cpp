@@ -7,6 +7,7 @@
 #include <xcb/shape.h>
 
 #include "platform/imaging/pixel_rect.h"
+#include "platform/linux/x11/windows/outer_rect.h"
 #include "platform/linux/x11/windows/window_tree.h"
 
 namespace tavik::platform::x11 {
@@ -59,12 +60,7 @@ std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuer
       attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) {
     return {};
   }
-  const std::int32_t border = geometry->border_width;
-  const PixelRect whole{.x = geometry->x,
-                        .y = geometry->y,
-                        .width = geometry->width + 2 * border,
-                        .height = geometry->height + 2 * border};
-  return receiveShape(connection, query, whole, border);
+  return receiveShape(connection, query, outerRect(*geometry), geometry->border_width);
 }
 
 /// The children of the root above this one.

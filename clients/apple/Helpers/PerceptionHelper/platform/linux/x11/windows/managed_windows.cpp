@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/x11/server/x_property.h"
+#include "platform/linux/x11/windows/outer_rect.h"
 #include "platform/linux/x11/windows/window_traits.h"
 #include "platform/linux/x11/windows/window_tree.h"
 
@@ -117,11 +118,7 @@ bool readGeometry(XConnection& connection, const WindowQuery& query, ManagedWind
   const auto frame = connection.reply(xcb_get_geometry_reply, query.frame);
   if (!geometry || !origin || !frame) return false;
   window.clientRect = {.x = origin->dst_x, .y = origin->dst_y, .width = geometry->width, .height = geometry->height};
-  // A window's position is that of its border's corner; its size does not count the border.
-  window.frameRect = {.x = frame->x,
-                      .y = frame->y,
-                      .width = frame->width + 2 * frame->border_width,
-                      .height = frame->height + 2 * frame->border_width};
+  window.frameRect = outerRect(*frame);
   return true;
 }
 
