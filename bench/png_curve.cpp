@@ -3,6 +3,7 @@
 // by tabs.
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -19,10 +20,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 constexpr std::size_t kPixelBytes = 3;
-constexpr const char* kFilters[] = {"none", "sub", "up"};  // ISO/IEC 15948, 9.2
+constexpr std::array kFilters{"none", "sub", "up"};  // ISO/IEC 15948, 9.2
 
 struct Picture {
   std::size_t rowBytes = 0;
+  std::size_t height = 0;
   Bytes pixels = {};
 };
 
@@ -31,7 +33,7 @@ Picture readPicture(std::istream& input) {
   std::size_t width = 0, height = 0, maximum = 0;
   input >> magic >> width >> height >> maximum;
   input.get();
-  Picture picture{.rowBytes = width * kPixelBytes, .pixels = Bytes(width * kPixelBytes * height)};
+  Picture picture{.rowBytes = width * kPixelBytes, .height = height, .pixels = Bytes(width * kPixelBytes * height)};
   input.read(reinterpret_cast<char*>(picture.pixels.data()), static_cast<std::streamsize>(picture.pixels.size()));
   return magic == "P6" && maximum == 255 && input ? picture : Picture{};
 }
@@ -39,7 +41,7 @@ Picture readPicture(std::istream& input) {
 Bytes filtered(const Picture& picture, unsigned filter) {
   const std::size_t before = filter == 1 ? kPixelBytes : picture.rowBytes;  // where the neighbour is
   Bytes rows;
-  rows.reserve(picture.pixels.size() + picture.pixels.size() / picture.rowBytes);
+  rows.reserve(picture.pixels.size() + picture.height);
   for (std::size_t at = 0; at < picture.pixels.size(); ++at) {
     const std::size_t x = at % picture.rowBytes;
     if (x == 0) rows.push_back(static_cast<std::uint8_t>(filter));

@@ -33,13 +33,13 @@ using RunningApplicationRef = std::shared_ptr<RunningApplication>;
 
 /// A screen (NSScreen).
 struct Screen {
-  std::optional<std::int64_t> screenNumber =
-      {};                         ///< the entry "NSScreenNumber" of its deviceDescription, when it is an integer
+  /// The entry "NSScreenNumber" of its deviceDescription, when it is an integer.
+  std::optional<std::int64_t> screenNumber = {};
   double backingScaleFactor = 1;  ///< pixels per point, unrounded
 };
 
 /// The desktop's applications (NSWorkspace) and its main screen (NSScreen.mainScreen). Every call asks the desktop
-/// afresh and fails by finding nothing. No string that comes from here is anything but valid UTF-8.
+/// afresh and fails by finding nothing. All strings are valid UTF-8.
 struct Workspace {
   virtual ~Workspace() = default;
   /// Every running application, in the platform's order.

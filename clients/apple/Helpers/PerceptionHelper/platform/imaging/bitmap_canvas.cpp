@@ -9,7 +9,7 @@
 namespace tavik::platform::imaging {
 namespace {
 
-/// A bitmap's row from a column on.
+/// The address of a pixel.
 template <class Byte>
 Byte* at(Byte* pixels, std::size_t rowBytes, std::int64_t x, std::int64_t y) {
   return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * kBytesPerPixel;

@@ -31,7 +31,7 @@ auto unlessOutOfMemory(Make make) -> decltype(make()) {
   }
 }
 
-/// Eight times the bytes of an 8K screen; the program never asks for enlargements, so nothing real is near.
+/// 1 GiB, eight times the pixels of an 8K screen. The program never enlarges, so no real picture comes near it.
 constexpr std::int64_t kMaximumPixels = (std::int64_t{1} << 30U) / std::int64_t{kBytesPerPixel};
 
 bool isScaledSize(PixelSize size) { return isPictureSize(size) && size.width <= kMaximumPixels / size.height; }

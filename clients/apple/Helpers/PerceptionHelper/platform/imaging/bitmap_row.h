@@ -11,8 +11,8 @@ namespace tavik::platform::imaging {
 
 inline constexpr std::size_t kBytesPerPixel = 4;
 
-/// A pixel as one number, which compilers turn into vectors where single bytes four apart defeat them. The shifts below
-/// take its components out.
+/// A pixel as one number: compilers vectorise loops over these, and not those over single bytes four apart. The shifts
+/// below select its components.
 using Pixel = std::uint32_t;
 static_assert(std::endian::native == std::endian::little, "the shifts are those of little-endian machines");
 

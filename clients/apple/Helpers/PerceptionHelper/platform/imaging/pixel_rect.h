@@ -5,7 +5,7 @@
 
 #include "platform/geometry.h"
 
-/// Arithmetic of rectangles. Window systems' coordinates have 16 bits, so that sums of them fit.
+/// Arithmetic of rectangles. Window systems' coordinates have 16 bits, so their sums fit.
 namespace tavik::platform::imaging {
 
 /// A rectangle in pixels, y downwards.
@@ -17,7 +17,7 @@ struct PixelRect {
   bool operator==(const PixelRect&) const = default;
 };
 
-/// The same numbers.
+/// The same rectangle in floating point.
 constexpr Rect toRect(const PixelRect& rect) {
   return {.x = static_cast<double>(rect.x),
           .y = static_cast<double>(rect.y),

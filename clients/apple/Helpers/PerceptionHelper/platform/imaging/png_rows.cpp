@@ -47,7 +47,7 @@ bool isBusy(std::span<const Pixel> row) {
   return changes > row.size() / 10 * 7;
 }
 
-/// Byte by byte, without borrowing.
+/// Subtracts byte by byte, without borrows between them.
 Pixel difference(Pixel from, Pixel what) {
   constexpr Pixel kHighBits = 0x80808080U;
   return ((from | kHighBits) - (what & ~kHighBits)) ^ ((from ^ ~what) & kHighBits);

@@ -6,10 +6,9 @@
 
 namespace tavik::platform::imaging {
 
-/// For every place of a line what it is made of when the line gets another length: `taps` values in a row of the old
-/// line, from `first[place]` on, each with its weight. The weights of a place, `taps` of them from `place * taps` on,
-/// are in units of 1/kOne and have exactly the sum kOne, so that a plain line stays what it is. `taps` is even; the
-/// last tap may lie beyond the end of the old line and then has no weight.
+/// How a line of pixels gets another length. Place p of the new line is the weighted sum of `taps` neighbouring pixels
+/// of the old one, starting at `first[p]`; its weights, from `weights[p * taps]` on, add up to exactly kOne, so that a
+/// plain line stays plain. `taps` is even; the last tap may lie beyond the end of the old line and then has no weight.
 struct ResamplingFilter {
   static constexpr int kFractionBits = 14;
   static constexpr std::int32_t kOne = 1 << kFractionBits;

@@ -12,7 +12,7 @@ namespace tavik::platform::imaging {
 /// Makes single rows of a bitmap at another size, in any order, on several threads at once.
 class RowScaler {
  public:
-  /// What one thread works with: a row at its old width, in whole units of 1/64.
+  /// Scratch of one thread: a row of source width, fixed point (1/64).
   using Workspace = std::vector<std::int16_t>;
 
   /// Of a bitmap that outlives it; both sizes are valid ones of pictures. Throws std::bad_alloc.

@@ -26,7 +26,7 @@ class ScaledRows {
   const std::uint8_t* next();
 
  private:
-  /// Rows are made in strips, and so many strips have room.
+  /// Rows are made in strips; the ring holds kRoom of them.
   static constexpr std::size_t kRowsPerStrip = 8, kRoom = 16;
 
   void startHelper();
@@ -44,7 +44,7 @@ class ScaledRows {
   std::size_t nextRow_ = 0;
   std::atomic<std::size_t> claimed_ = 0;   ///< strips that somebody has begun
   std::atomic<std::size_t> released_ = 0;  ///< strips that the caller is done with
-  /// In the place of every strip, how many have been made up to and with the last one there.
+  /// For each place of the ring, the number of the last strip made there, counted from 1.
   std::array<std::atomic<std::size_t>, kRoom> made_ = {};
   RowScaler::Workspace workspace_;
   RowScaler::Workspace helpersWorkspace_;

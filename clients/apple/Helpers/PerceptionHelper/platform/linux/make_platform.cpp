@@ -32,18 +32,17 @@ Contribution contributionOfX11() {
 }
 
 struct WindowSystemRow {
-  bool (*isMeant)();  ///< by the process's environment; connects to nothing
+  bool (*isMeant)();  ///< the environment says so; connects to nothing
   Contribution (*contribution)();
 };
 
-/// Tried in order. The last one is meant by every environment: where there is none of its kind either, it finds
-/// nothing.
+/// Tried in order. The last row fits every environment; where its window system is missing too, it finds nothing.
 constexpr std::array kWindowSystems{
     WindowSystemRow{.isMeant = [] { return true; }, .contribution = &contributionOfX11},
 };
 
-/// Has the C library give freed memory to what comes next rather than back to the system: on fresh pages, the first
-/// touch costs more than the copy that is written there. 32 MiB is the most that it takes (mallopt(3)).
+/// Has the C library keep freed memory for later allocations: the first touch of a fresh page costs more than the copy
+/// that is written there. 32 MiB is the largest threshold that it accepts (mallopt(3)).
 void keepFreedMemory() {
   ::mallopt(M_MMAP_THRESHOLD, 32 << 20U);
   ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());

@@ -9,7 +9,8 @@
 namespace tavik::platform::atspi {
 
 /// Connects to the accessibility bus: at the address in AT_SPI_BUS_ADDRESS, else at the root window's, else at that
-/// which the session bus knows; the first that works. Starts nothing. Null when none works within 1.2 s.
+/// which the session bus knows; the first that works. Starts nothing. Null when none works within
+/// dbus::kLongestSilence.
 dbus::Bus connectToAccessibilityBus(const std::function<std::optional<std::string>()>& addressOfRootWindow);
 
 }  // namespace tavik::platform::atspi

@@ -43,7 +43,8 @@ struct Knowledge {
 unsigned factsFor(std::span<const std::string_view> attributes);
 
 /// An object of an accessibility tree. Asks for each thing at most once, when it is first wanted, and keeps what it was
-/// told: a thing that could not be read then stays unread. The session has to be settled while the element is alive.
+/// told: a thing that could not be read then stays unread. Settle the
+/// session before destroying the element: pending replies point into it.
 class Element final : public UIElement {
  public:
   static constexpr std::size_t kAllChildren = SIZE_MAX;

@@ -33,7 +33,7 @@ std::optional<std::vector<dbus::Reference>> collectFocused(Element& window) {
   return focused;
 }
 
-/// Takes what it reads off the bounds.
+/// Reduces the bounds by what it has read.
 ElementRef searchFocused(Element& window, TreeBounds& bounds) {
   const ElementRef root = freshElement(window, window.reference());
   bounds.maxElements -= readTree(*root, bounds);

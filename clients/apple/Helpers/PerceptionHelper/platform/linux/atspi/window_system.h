@@ -23,7 +23,7 @@ struct DesktopWindow {
 struct WindowSystem {
   /// The windows of a process, front to back.
   std::function<std::vector<DesktopWindow>(std::int32_t processID)> windowsOfProcess = {};
-  /// The address of the accessibility bus, where the window system has been told.
+  /// The address of the accessibility bus, if the window system has been told it.
   std::function<std::optional<std::string>()> accessibilityBusAddress = {};
 };
 

@@ -5,7 +5,7 @@
 
 namespace tavik::platform::dbus {
 
-/// How long nobody has to answer before nobody is waited for.
+/// After so long without any answer, nothing more is expected of those who have been asked.
 inline constexpr std::chrono::milliseconds kLongestSilence{1200};
 
 /// How long other processes may keep the program waiting.

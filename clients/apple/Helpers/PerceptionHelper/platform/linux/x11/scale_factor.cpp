@@ -25,7 +25,7 @@ struct DatabaseDeleter {
 
 using Database = std::unique_ptr<xcb_xrm_database_t, DatabaseDeleter>;
 
-/// The resources without lines like #include, which would have files opened that any client can name.
+/// The resources without directives: #include would open whatever file a client has named.
 std::string withoutDirectives(const std::string& resources) {
   std::istringstream lines(resources);
   std::string kept;

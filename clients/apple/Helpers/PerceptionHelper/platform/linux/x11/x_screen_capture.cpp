@@ -60,7 +60,7 @@ std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Windo
   return hasItsSize ? captureWindow(connection, *window, watch) : std::nullopt;
 }
 
-/// Tries again while the window, or what covers it, changes under our eyes.
+/// Tries again, for a while, when the window or what covers it has changed during a try.
 std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
   constexpr std::chrono::milliseconds kPatience{500};
   const auto end = Clock::now() + kPatience;

@@ -23,7 +23,7 @@ struct ApplicationProcess {
   std::optional<ManagedWindow> window = {};
 };
 
-/// Adds a process, or what one more window of its says.
+/// Adds a process, or another window of a known one.
 void addWindow(std::vector<ApplicationProcess>& processes, const ManagedWindow& window) {
   if (window.processID <= 0) return;
   const auto known =
@@ -46,7 +46,7 @@ std::vector<ApplicationProcess> processesOf(const Desktop& desktop) {
   return processes;
 }
 
-/// Who it is gets found out at the first question, which may have to read all desktop entries.
+/// Identifies itself at the first question, which may have to read all desktop entries.
 class XApplication final : public RunningApplication {
  public:
   XApplication(ApplicationProcess process, std::shared_ptr<DesktopEntryCatalog> catalog)

@@ -7,7 +7,7 @@ namespace {
 
 enum class SettingType : std::uint8_t { integer = 0, string = 1, color = 2 };
 
-/// Takes the items of the settings from their beginning. Reading beyond the end gives zeros, and marks the reader.
+/// Reads the settings item by item. Reading beyond the end gives zeros and marks the reader as exhausted.
 class SettingsReader {
  public:
   explicit SettingsReader(std::string_view bytes) : rest_(bytes) {}

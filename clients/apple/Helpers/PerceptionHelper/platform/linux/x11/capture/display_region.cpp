@@ -11,7 +11,7 @@ using imaging::PixelRect;
 
 namespace {
 
-/// Truncated; nothing outside of -largest ... largest, or for what is no number.
+/// Truncated; nothing beyond the longest side in either direction, or for what is not a number.
 std::optional<std::int32_t> wholePixels(double value) {
   constexpr auto kLargest = static_cast<double>(imaging::kLongestSurfaceSide);
   const auto truncated = std::trunc(value);

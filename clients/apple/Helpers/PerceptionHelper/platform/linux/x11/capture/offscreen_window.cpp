@@ -26,8 +26,8 @@ std::chrono::milliseconds RepaintProgress::quietPeriod() const {
   return applicationHasDrawn_ ? 25ms : 100ms;
 }
 
-/// The damage is watched before the redirection begins, so that no drawing goes unnoticed. The request after it does
-/// nothing but let the numbers of events tell what the redirection itself has drawn.
+/// The damage is watched before the redirection begins, so that no drawing goes unnoticed. The no-operation
+/// after it gives later events a higher sequence number, which tells them from what the redirection itself has drawn.
 OffscreenWindow::OffscreenWindow(XConnection& connection, xcb_window_t frame)
     : connection_(connection), frame_(frame), damage_(xcb_generate_id(connection.xcb())) {
   auto* const xcb = connection.xcb();

@@ -18,12 +18,12 @@ class RepaintProgress {
   /// `hidden` is what could not be seen, and `client` the part of the window that its application draws.
   RepaintProgress(std::vector<imaging::PixelRect> hidden, const imaging::PixelRect& client);
 
-  /// Something has been drawn there; by the server alone when it has only filled in the window's background.
+  /// Something has been drawn there, `byServer` when it is only the background that the server fills in.
   void noteDrawing(const imaging::PixelRect& area, bool byServer);
   /// True when everything has been drawn.
   bool isComplete() const { return missing_.empty(); }
-  /// False as long as the hidden part of what the application draws shows its background alone. It may have nothing to
-  /// draw there, it may not have got round to it, or it may hang.
+  /// False as long as the hidden part of the client shows only its background: the application may have nothing to draw
+  /// there, may not have got round to it, or may hang.
   bool applicationHasDrawn() const { return applicationHasDrawn_; }
   /// How long nothing may be drawn before the window counts as finished.
   std::chrono::milliseconds quietPeriod() const;

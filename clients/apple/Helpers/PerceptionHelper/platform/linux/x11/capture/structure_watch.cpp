@@ -3,8 +3,8 @@
 namespace tavik::platform::x11 {
 namespace {
 
-/// The window that an event is about; none for an event of another kind. Events that a client has sent bear a mark in
-/// their type and count as another kind: window managers send some, and nobody else's are believed.
+/// The window that an event is about; none for an event of another kind. Events that a client has sent (SendEvent)
+/// have another type, with the top bit set, and so count as another kind.
 xcb_window_t changedWindow(const xcb_generic_event_t& event) {
   switch (event.response_type) {
     case XCB_DESTROY_NOTIFY:

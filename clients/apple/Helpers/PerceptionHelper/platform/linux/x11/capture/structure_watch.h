@@ -6,8 +6,8 @@
 
 namespace tavik::platform::x11 {
 
-/// While this lives, no window comes, goes, moves, changes its size or its place in the stacking unnoticed. A picture
-/// takes several questions, and a desktop does not stand still between them.
+/// While this lives, no window appears, disappears, moves or changes its size or stacking unnoticed. A picture takes
+/// several requests, and the desktop does not stand still between them.
 class StructureWatch {
  public:
   /// `client` is the window that is looked at.
@@ -16,7 +16,7 @@ class StructureWatch {
   StructureWatch& operator=(const StructureWatch&) = delete;
   ~StructureWatch();
 
-  /// The child of the root that holds the client. To be told before the first event is noted.
+  /// The child of the root that holds the client. Set it before the first event is noted.
   void setFrame(xcb_window_t frame) { frame_ = frame; }
   /// Notes an event of this connection, which may be of any kind.
   void note(const xcb_generic_event_t& event);

@@ -35,7 +35,7 @@ OutlineQuery requestOutline(XConnection& connection, xcb_window_t window) {
 }
 
 /// The bounding shape within a rectangle with a border of this width. The rectangles count from the corner inside of
-/// the border. Those of an unshaped window are not used: the X.Org server leaves a part of its border out of them.
+/// the border. An unshaped window's are not used: the X.Org server leaves part of the border out of them.
 std::vector<PixelRect> receiveShape(XConnection& connection, const OutlineQuery& query, const PixelRect& whole,
                                     std::int32_t border) {
   if (!connection.hasExtension(xcb_shape_id)) return {whole};

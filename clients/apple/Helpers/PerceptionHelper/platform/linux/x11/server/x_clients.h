@@ -9,7 +9,7 @@
 #include "platform/linux/x11/server/x_connection.h"
 
 /// Which process is behind a window, as the X server knows it from its sockets (X-Resource extension 1.2). Unlike
-/// _NET_WM_PID this can be neither forged nor a number of another process namespace.
+/// _NET_WM_PID it can be neither forged nor a number from another process namespace.
 namespace tavik::platform::x11 {
 
 /// A program's connection to the X server.

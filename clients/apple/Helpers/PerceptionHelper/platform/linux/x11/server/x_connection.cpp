@@ -17,8 +17,8 @@
 namespace tavik::platform::x11 {
 namespace {
 
-/// How long the server may take to answer. An unhindered one answers within milliseconds; one that another client has
-/// grabbed, as some window managers do while a window is dragged, answers nobody else.
+/// How long the server may take to answer. It usually answers within milliseconds; while another client has grabbed it,
+/// as some window managers do while a window is dragged, it answers nobody else.
 constexpr std::chrono::milliseconds kPatience{3000};
 
 const xcb_screen_t* screenWithNumber(const xcb_setup_t& setup, int number) {
@@ -27,15 +27,15 @@ const xcb_screen_t* screenWithNumber(const xcb_setup_t& setup, int number) {
   return screens.rem > 0 ? screens.data : nullptr;
 }
 
-/// The name under which an atom is meant on the screen with this number.
+/// The full name of an atom on the screen with this number.
 std::string nameOnScreen(std::string_view name, int number) {
   return std::string(name) + (name.ends_with("_S") ? std::to_string(number) : "");
 }
 
 }  // namespace
 
-/// On a thread of its own, since xcb_connect waits for the server's greeting without limit. One that comes too late is
-/// dropped with the thread.
+/// On a thread of its own, since xcb_connect waits for the server's greeting without limit. A connection that comes too
+/// late is closed on that thread.
 XConnection::Opened XConnection::open() {
   std::packaged_task<Opened()> task([] {
     int screenNumber = 0;

@@ -22,8 +22,8 @@ class XConnection {
   XConnection(const XConnection&) = delete;
   XConnection& operator=(const XConnection&) = delete;
 
-  /// True when there is a server that answers; connects to $DISPLAY at the first call. The members below are for those
-  /// who have been told so. Once a reply has kept us waiting for too long, this is false for good.
+  /// True when there is a server that answers; connects to $DISPLAY at the first call. Call it before the members
+  /// below, which need a connection. Once a reply has taken too long, it is false for good.
   bool isReachable();
 
   xcb_connection_t* xcb() const { return connection_.get(); }

@@ -10,8 +10,7 @@
 
 #include "platform/linux/x11/server/x_connection.h"
 
-/// Window properties. Any client may have written them, so nothing about them is believed: neither type nor format nor
-/// length nor encoding.
+/// Window properties. Any client may have written them, so neither type nor format, length or encoding is trusted.
 namespace tavik::platform::x11 {
 
 /// The value of a property as it came; no bytes when there is none.
@@ -22,8 +21,8 @@ struct PropertyValue {
   std::string bytes = {};    ///< items in this machine's byte order
 };
 
-/// How much of a property is read. Longer than any title, name or list of states that a person meets, and short beside
-/// the megabytes that an application can put there.
+/// How much of a property is read: more than any real title, name or list of states needs, and little beside the
+/// megabytes that an application can put there.
 inline constexpr std::uint32_t kPropertyBytes = 4096;
 
 /// Asks for the first `maximumBytes` bytes of a property of any type.

@@ -24,8 +24,8 @@ struct RootState {
   std::vector<XClient> clients = {};
 };
 
-/// True when a window manager that speaks EWMH is running. The property outlives it; the window that the property
-/// names, and that names itself, does not.
+/// True when a window manager that speaks EWMH is running. The root's property outlives the manager; the window that it
+/// names, and that names itself in turn, does not.
 bool managerIsRunning(XConnection& connection, const PropertyValue& rootsCheck) {
   const auto check = connection.atom(Atom::supportingWMCheck);
   const auto window = firstWord(rootsCheck, XCB_ATOM_WINDOW);
@@ -33,7 +33,7 @@ bool managerIsRunning(XConnection& connection, const PropertyValue& rootsCheck) 
   return firstWord(property(connection, requestProperty(connection, *window, check)), XCB_ATOM_WINDOW) == window;
 }
 
-/// The same facts where no window manager tells them.
+/// Finds out the same where no window manager says it.
 void readUnmanagedRoot(XConnection& connection, RootState& root) {
   root.windows = clientsBelow(connection, root.children);
   const auto focus = connection.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection.xcb()));

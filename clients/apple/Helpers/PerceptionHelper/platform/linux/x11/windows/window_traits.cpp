@@ -40,7 +40,7 @@ std::int32_t layerOf(const HintReader& window) {
   return window.hasState(Atom::stateBelow) ? kBelowLayer : 0;
 }
 
-/// True for a window that lives on a workspace that is not shown. A viewable one is on some monitor's.
+/// True for a window on a workspace that is not shown. A viewable window is on one that some monitor shows.
 bool isOnOtherWorkspace(const WindowHints& hints, std::optional<std::uint32_t> currentWorkspace) {
   constexpr std::uint32_t kAllWorkspaces = 0xFFFFFFFF;
   return !hints.isViewable && currentWorkspace && hints.workspace && *hints.workspace != kAllWorkspaces &&

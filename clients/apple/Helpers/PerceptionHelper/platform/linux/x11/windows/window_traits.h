@@ -13,7 +13,7 @@ namespace tavik::platform::x11 {
 
 /// What a window's properties say about how it takes part in the desktop.
 struct WindowHints {
-  bool isViewable = false;                      ///< mapped, like all that it is inside of
+  bool isViewable = false;                      ///< it and all of its ancestors are mapped
   std::vector<std::uint32_t> states = {};       ///< _NET_WM_STATE
   std::vector<std::uint32_t> types = {};        ///< _NET_WM_WINDOW_TYPE, the preferred one first
   std::optional<std::uint32_t> workspace = {};  ///< _NET_WM_DESKTOP

@@ -8,7 +8,7 @@
 /// own.
 namespace tavik::platform::x11 {
 
-/// The children of the root, bottom to top.
+/// The children of any window, bottom to top.
 std::vector<xcb_window_t> childrenOfReply(const xcb_query_tree_reply_t& reply);
 
 /// For each window its ancestor (or itself) that is a child of the root; XCB_NONE for one that is gone.
