@@ -23,7 +23,7 @@ def tables_of(heading: str) -> list[set[str]]:
     return [{name for row in table.splitlines() for name in NAME.findall(row.split("|")[1])} for table in tables]
 
 
-KEY = r'[{\[]"(\w+)"[,\]]'
+KEY = r'(?:[{\[]|\badd\w*\()"(\w+)"[,\]]'
 request = tables_of("The request")[0]
 answer, codes = tables_of("The answer")
 faults = [
