@@ -10,6 +10,7 @@
 
 #include <jpeglib.h>
 
+#include "platform/imaging/bitmap_row.h"
 #include "platform/imaging/file_bytes.h"
 
 namespace tavik::platform::imaging {
@@ -82,7 +83,7 @@ class Writer {
 void setParameters(jpeg_compress_struct& jpeg, PixelSize size, int quality) {
   jpeg.image_width = static_cast<JDIMENSION>(size.width);
   jpeg.image_height = static_cast<JDIMENSION>(size.height);
-  jpeg.input_components = 4;
+  jpeg.input_components = static_cast<int>(kBytesPerPixel);
   jpeg.in_color_space = JCS_EXT_BGRX;
   jpeg_set_defaults(&jpeg);
   jpeg_set_quality(&jpeg, quality, TRUE);

@@ -8,6 +8,7 @@
 #define TAVIK_LIBRARY_FUNCTIONS(FUNCTIONS) \
   FUNCTIONS(TAVIK_LIBRARY_MEMBER)          \
   bool findAll(const tavik::platform::posix::SharedLibrary& library) { return FUNCTIONS(TAVIK_LIBRARY_FIND) true; }
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name is declared
 #define TAVIK_LIBRARY_MEMBER(name) decltype(::name)* name = nullptr;
 #define TAVIK_LIBRARY_FIND(name) library.find(#name, name)&&
 

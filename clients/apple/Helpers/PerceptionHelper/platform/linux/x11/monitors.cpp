@@ -18,7 +18,7 @@ namespace {
 /// One that somebody has set by hand may reach beyond the root window, where there are no pixels.
 std::vector<Monitor> monitorsOfReply(const xcb_randr_get_monitors_reply_t& reply, const PixelRect& root) {
   std::vector<Monitor> monitors;
-  auto left = std::size_t{reply.length} * 4;
+  auto left = reply.length * kWordBytes;
   auto items = xcb_randr_get_monitors_monitors_iterator(&reply);
   for (; items.rem > 0 && left >= sizeof *items.data; xcb_randr_monitor_info_next(&items)) {
     const auto& item = *items.data;

@@ -52,7 +52,7 @@ std::optional<imaging::Bitmap> readImage(XConnection& connection, xcb_drawable_t
   const std::shared_ptr<xcb_get_image_reply_t> reply = connection.reply(xcb_get_image_reply, cookie);
   const auto format = reply ? pixelFormat(connection, reply->depth, visual) : std::nullopt;
   if (!format) return std::nullopt;
-  const auto byteCount = std::size_t{reply->length} * 4;
+  const auto byteCount = reply->length * kWordBytes;
   return imaging::toBitmap(*format, size, {reply, xcb_get_image_data(reply.get())}, byteCount);
 }
 

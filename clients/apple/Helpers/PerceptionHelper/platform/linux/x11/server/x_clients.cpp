@@ -26,7 +26,7 @@ std::vector<XClient> clientsOfReply(std::span<const std::uint32_t> words) {
   constexpr std::size_t kHeaderWords = 3;
   std::vector<XClient> clients;
   while (words.size() >= kHeaderWords) {
-    const auto valueWords = words[2] / 4;
+    const auto valueWords = words[2] / kWordBytes;
     if (valueWords > words.size() - kHeaderWords) break;
     const auto value = valueWords > 0 ? static_cast<std::int32_t>(words[kHeaderWords]) : 0;
     const bool isProcess = (words[1] & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -12,6 +13,9 @@
 namespace tavik::platform::x11 {
 
 using Clock = std::chrono::steady_clock;
+
+/// The unit in which the protocol counts the lengths of replies and values, in bytes.
+inline constexpr std::size_t kWordBytes = 4;
 
 /// Owns the connection to the X server. It is made at the first question, and it is single-threaded. Nothing here ends
 /// the process or waits without limit: a server that is not there, that goes away, or that another client has grabbed

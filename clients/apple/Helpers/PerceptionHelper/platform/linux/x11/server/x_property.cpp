@@ -46,14 +46,15 @@ std::string takeText(const PropertyValue& value, std::string_view& rest) {
 xcb_get_property_cookie_t requestProperty(XConnection& connection, xcb_window_t window, xcb_atom_t name,
                                           std::uint32_t maximumBytes) {
   constexpr std::uint8_t kKeepIt = 0;
-  return xcb_get_property(connection.xcb(), kKeepIt, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, maximumBytes / 4);
+  return xcb_get_property(connection.xcb(), kKeepIt, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                          maximumBytes / kWordBytes);
 }
 
 PropertyValue property(XConnection& connection, xcb_get_property_cookie_t cookie) {
   const auto reply = connection.reply(xcb_get_property_reply, cookie);
   if (!reply) return {};
   const std::uint64_t size = std::uint64_t{reply->value_len} * (reply->format / 8U);
-  if (size > std::uint64_t{reply->length} * 4) return {};
+  if (size > std::uint64_t{reply->length} * kWordBytes) return {};
   return {.type = reply->type,
           .format = reply->format,
           .isTruncated = reply->bytes_after > 0,

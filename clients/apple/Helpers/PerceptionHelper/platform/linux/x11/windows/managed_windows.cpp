@@ -13,7 +13,7 @@ namespace tavik::platform::x11 {
 namespace {
 
 /// Room for a list of 4096 windows.
-constexpr std::uint32_t kListBytes = 4 * 4096;
+constexpr std::uint32_t kListBytes = kWordBytes * 4096;
 
 /// What the root window and the server say.
 struct RootState {

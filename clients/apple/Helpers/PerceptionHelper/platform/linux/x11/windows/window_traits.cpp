@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/pixel_rect.h"
 
 namespace tavik::platform::x11 {
@@ -48,8 +49,7 @@ bool isOnOtherWorkspace(const WindowHints& hints, std::optional<std::uint32_t> c
 }
 
 FrameExtents extentsOf(const std::vector<std::uint32_t>& extents) {
-  constexpr std::uint32_t kLargest = 0x7FFF;
-  if (extents.size() != 4 || *std::ranges::max_element(extents) > kLargest) return {};
+  if (extents.size() != 4 || *std::ranges::max_element(extents) > imaging::kLongestSurfaceSide) return {};
   return {.left = static_cast<std::int32_t>(extents[0]),
           .right = static_cast<std::int32_t>(extents[1]),
           .top = static_cast<std::int32_t>(extents[2]),
