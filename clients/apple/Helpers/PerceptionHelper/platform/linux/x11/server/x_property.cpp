@@ -46,8 +46,9 @@ std::string takeText(const PropertyValue& value, std::string_view& rest) {
 xcb_get_property_cookie_t requestProperty(XConnection& connection, xcb_window_t window, xcb_atom_t name,
                                           std::uint32_t maximumBytes) {
   constexpr std::uint8_t kKeepIt = 0;
-  return xcb_get_property(connection.xcb(), kKeepIt, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
-                          maximumBytes / kWordBytes);
+  constexpr std::uint32_t kFirstWord = 0;
+  const auto wordCount = static_cast<std::uint32_t>(maximumBytes / kWordBytes);
+  return xcb_get_property(connection.xcb(), kKeepIt, window, name, XCB_GET_PROPERTY_TYPE_ANY, kFirstWord, wordCount);
 }
 
 PropertyValue property(XConnection& connection, xcb_get_property_cookie_t cookie) {
