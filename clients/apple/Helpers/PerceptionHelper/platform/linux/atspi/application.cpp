@@ -98,7 +98,8 @@ Application::ElementRef Application::mainWindow() {
 std::vector<Application::ElementRef> Application::windowsMainFirst() {
   auto windows = root()->known().children;
   const auto main = std::ranges::find(windows, mainWindow());
-  if (main != windows.end()) std::ranges::rotate(windows, main);
+  // std::ranges::rotate does not compile with clang 14 over the library of GCC.
+  if (main != windows.end()) std::rotate(windows.begin(), main, std::next(main));
   return windows;
 }
 
