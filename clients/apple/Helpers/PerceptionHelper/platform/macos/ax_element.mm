@@ -52,7 +52,7 @@ CFRef<CFArrayRef> makeArray(std::span<const std::string_view> names) {
   std::vector<CFRef<CFStringRef>> strings;
   std::vector<const void*> values;
   for (const auto name : names) values.push_back(strings.emplace_back(makeString(name)).get());
-  return CFRef(
+  return adopted(
       CFArrayCreate(kCFAllocatorDefault, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeArrayCallBacks));
 }
 

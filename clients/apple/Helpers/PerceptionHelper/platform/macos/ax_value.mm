@@ -39,7 +39,7 @@ AttributeValue elementsOf(CFArrayRef array) {
   for (CFIndex i = 0; i < CFArrayGetCount(array); ++i) {
     const CFTypeRef member = CFArrayGetValueAtIndex(array, i);
     if (member == nullptr || CFGetTypeID(member) != AXUIElementGetTypeID()) return OtherValue{};
-    elements.push_back(makeElement(CFRef<AXUIElementRef>::retaining(as<AXUIElementRef>(member))));
+    elements.push_back(makeElement(retained(as<AXUIElementRef>(member))));
   }
   return elements;
 }
@@ -60,7 +60,7 @@ AttributeValue attributeValue(CFTypeRef value) {
   if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(as<CFBooleanRef>(value)) != 0;
   if (type == CFNumberGetTypeID()) return numberOf(as<CFNumberRef>(value));
   if (type == CFArrayGetTypeID()) return elementsOf(as<CFArrayRef>(value));
-  if (type == AXUIElementGetTypeID()) return makeElement(CFRef<AXUIElementRef>::retaining(as<AXUIElementRef>(value)));
+  if (type == AXUIElementGetTypeID()) return makeElement(retained(as<AXUIElementRef>(value)));
   return geometryOf(value);
 }
 

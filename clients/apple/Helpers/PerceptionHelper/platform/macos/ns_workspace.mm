@@ -14,8 +14,7 @@ static_assert(NSApplicationActivationPolicyProhibited == static_cast<NSInteger>(
 
 class AppKitApplication final : public RunningApplication {
  public:
-  explicit AppKitApplication(NSRunningApplication* application)
-      : application_(ObjCRef<NSRunningApplication*>::retaining(application)) {}
+  explicit AppKitApplication(NSRunningApplication* application) : application_(retained(application)) {}
 
   std::int32_t processIdentifier() override { return [application_.get() processIdentifier]; }
   std::optional<std::string> bundleIdentifier() override { return utf8Of([application_.get() bundleIdentifier]); }

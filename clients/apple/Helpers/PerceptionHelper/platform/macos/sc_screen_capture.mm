@@ -58,18 +58,17 @@ ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentF
   SCDisplay* const display = findDisplay(content, filter.display.displayID);
   SCWindow* const window = filter.includedWindow ? findWindow(content, filter.includedWindow->windowID) : nil;
   if (display == nil || (filter.includedWindow && window == nil)) return {};
-  using Owner = ObjCRef<SCContentFilter*>;
   if (window != nil) {
     NSArray<SCWindow*>* const alone = [NSArray arrayWithObject:window];
-    return Owner::owning([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
+    return adopted([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
   }
-  const auto none = ObjCRef<NSArray<SCWindow*>*>::owning([NSArray new]);
-  return Owner::owning([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
+  const auto none = adopted([NSArray<SCWindow*> new]);
+  return adopted([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
 }
 
 /// The numbers go to the system as they are, negative ones too.
 ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& configuration) {
-  auto result = ObjCRef<SCStreamConfiguration*>::owning([SCStreamConfiguration new]);
+  auto result = adopted([SCStreamConfiguration new]);
   [result.get() setWidth:static_cast<std::size_t>(configuration.width)];
   [result.get() setHeight:static_cast<std::size_t>(configuration.height)];
   if (const auto& rect = configuration.sourceRect) {
@@ -92,7 +91,7 @@ class ScreenCaptureKit final : public ScreenCapture {
                                                    if (error != nil || content == nil) {
                                                      return completionHandler(toError(error));
                                                    }
-                                                   content_ = ObjCRef<SCShareableContent*>::retaining(content);
+                                                   content_ = retained(content);
                                                    completionHandler(toShareableContent(content));
                                                  }];
   }
@@ -105,7 +104,7 @@ class ScreenCaptureKit final : public ScreenCapture {
                                   configuration:makeConfiguration(configuration).get()
                               completionHandler:^(CGImageRef image, NSError* error) {
                                 if (error != nil || image == nullptr) return completionHandler(toError(error));
-                                completionHandler(makeImage(CFRef<CGImageRef>::retaining(image)));
+                                completionHandler(makeImage(retained(image)));
                               }];
   }
 
