@@ -1,9 +1,9 @@
 #import <AppKit/AppKit.h>
 #include <atomic>
+#include <functional>
 #include <unistd.h>
 
 #include "runtime.h"
-#include "world.h"
 
 using namespace tavik::fake;
 
@@ -17,22 +17,22 @@ void CFRunLoopRun() {
 }
 
 template <class Filter>
-static NSArray<NSRunningApplication*>* applicationsWhere(Filter filter) {
+static NSArray<NSRunningApplication*>* applicationsWhere(Filter isWanted) {
   auto applications = world().applications;
-  std::erase_if(applications, [&](const auto& application) { return !filter(application); });
-  return temporaryList([NSRunningApplication class], applications);
+  std::erase_if(applications, std::not_fn(isWanted));
+  return lend(applications, [NSRunningApplication class]);
 }
 
 @implementation NSWorkspace
 + (NSWorkspace*)sharedWorkspace {
   mainLoopRuns.wait(false);  // nothing that it says is renewed before
-  return shared(self);
+  return lend(object({}, self));
 }
 - (NSRunningApplication*)frontmostApplication {
   const auto found = applicationsWhere([](const auto& each) { return each.pid == world().frontmost; });
   return found.count > 0 ? [found objectAtIndex:0] : nil;
 }
-TAVIK_ANSWER(-(NSArray*)runningApplications, applicationsWhere([](const auto&) { return true; }))
+TAVIK_ANSWER(-(NSArray*)runningApplications, lend(world().applications, [NSRunningApplication class]))
 @end
 
 @implementation NSRunningApplication
@@ -41,18 +41,14 @@ TAVIK_ANSWER(-(NSArray*)runningApplications, applicationsWhere([](const auto&) {
   return applicationsWhere([&](const auto& application) { return application.bundleIdentifier == wanted; });
 }
 TAVIK_ANSWER(-(pid_t)processIdentifier, valueOf<Application>(self).pid)
-TAVIK_ANSWER(-(NSString*)bundleIdentifier, temporaryText(valueOf<Application>(self).bundleIdentifier))
-TAVIK_ANSWER(-(NSString*)localizedName, temporaryText(valueOf<Application>(self).name))
+TAVIK_ANSWER(-(NSString*)bundleIdentifier, lend(valueOf<Application>(self).bundleIdentifier))
+TAVIK_ANSWER(-(NSString*)localizedName, lend(valueOf<Application>(self).name))
 TAVIK_ANSWER(-(NSApplicationActivationPolicy)activationPolicy,
              static_cast<NSApplicationActivationPolicy>(valueOf<Application>(self).activationPolicy))
 @end
 
 @implementation NSScreen
-TAVIK_ANSWER(+(NSScreen*)mainScreen, world().scale ? [make(self, *world().scale) autorelease] : nil)
-- (NSDictionary<NSString*, id>*)deviceDescription {
-  Dictionary description;
-  if (world().screenNumber) description["NSScreenNumber"] = hold(world().screenNumber());
-  return [make([NSDictionary class], description) autorelease];
-}
+TAVIK_ANSWER(+(NSScreen*)mainScreen, world().scale ? lend(object(*world().scale, self)) : nil)
+TAVIK_ANSWER(-(NSDictionary*)deviceDescription, lend(object(world().screen)))
 TAVIK_ANSWER(-(CGFloat)backingScaleFactor, valueOf<double>(self))
 @end

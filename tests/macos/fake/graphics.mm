@@ -1,10 +1,8 @@
 #import <CoreGraphics/CoreGraphics.h>
 #import <ImageIO/ImageIO.h>
 #include <string>
-#include <utility>
 
 #include "runtime.h"
-#include "world.h"
 
 namespace tavik::fake {
 namespace {
@@ -19,7 +17,7 @@ struct Picture {
 
 struct Destination {
   Held data;
-  std::string type, content;
+  std::string type, content = {};
 };
 
 std::string described(const Picture& picture) {
@@ -28,34 +26,27 @@ std::string described(const Picture& picture) {
 
 }  // namespace
 
-const void* makePicture(std::size_t width, std::size_t height, const std::string& story) {
-  const void* const space =
-      fails("CGImageGetColorSpace") ? nullptr : create<CFTypeRef>("CGColorSpace", std::string("P3"));
-  return create<CFTypeRef>("CGImage", Picture{width, height, hold(space), story});
+Held makePicture(std::size_t width, std::size_t height, const std::string& story) {
+  return object(Picture{width, height, fails("CGImageGetColorSpace") ? nullptr : text("P3"), story});
 }
 
 }  // namespace tavik::fake
 
 using namespace tavik::fake;
 
-const CFStringRef kCGImageDestinationLossyCompressionQuality = reinterpret_cast<CFStringRef>(@"quality");
+const CFStringRef kCGImageDestinationLossyCompressionQuality = CFSTR("quality");
 
 std::size_t CGImageGetWidth(CGImageRef image) { return valueOf<Picture>(image).width; }
 std::size_t CGImageGetHeight(CGImageRef image) { return valueOf<Picture>(image).height; }
-CGColorSpaceRef CGImageGetColorSpace(CGImageRef image) {
-  return static_cast<CGColorSpaceRef>(const_cast<void*>(valueOf<Picture>(image).space.get()));
-}
-CGColorSpaceRef CGColorSpaceCreateDeviceRGB() {
-  return create<CGColorSpaceRef>("CGColorSpace", std::string("device RGB"));
-}
+CGColorSpaceRef CGImageGetColorSpace(CGImageRef image) { return as<CGColorSpaceRef>(valueOf<Picture>(image).space); }
+CGColorSpaceRef CGColorSpaceCreateDeviceRGB() { return give<CGColorSpaceRef>(text("device RGB")); }
 
 CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t height, std::size_t bitsPerComponent,
                                    std::size_t bytesPerRow, CGColorSpaceRef space, std::uint32_t bitmapInfo) {
   require(data == nullptr && bitsPerComponent == 8 && bytesPerRow == 0 && bitmapInfo == 1,
           "a bitmap of its own, 8 bits, premultiplied alpha last");
   if (width == 0 || height == 0 || fails(__func__)) return nullptr;
-  const auto story = "in " + valueOf<std::string>(space);
-  return create<CGContextRef>("CGContext", Picture{width, height, hold(CFRetain(space)), story});
+  return give<CGContextRef>(object(Picture{width, height, retain(space), "in " + valueOf<std::string>(space)}));
 }
 
 void CGContextSetInterpolationQuality(CGContextRef context, CGInterpolationQuality quality) {
@@ -72,15 +63,14 @@ void CGContextDrawImage(CGContextRef context, CGRect rect, CGImageRef image) {
 }
 
 CGImageRef CGBitmapContextCreateImage(CGContextRef context) {
-  return fails(__func__) ? nullptr : create<CGImageRef>("CGImage", valueOf<Picture>(context));
+  return fails(__func__) ? nullptr : give<CGImageRef>(object(valueOf<Picture>(context)));
 }
 
 CGImageDestinationRef CGImageDestinationCreateWithData(CFMutableDataRef data, CFStringRef type, std::size_t count,
                                                        CFDictionaryRef options) {
   require(count == 1 && options == nullptr, "one image, no options");
   if (fails(__func__)) return nullptr;
-  return create<CGImageDestinationRef>("CGImageDestination",
-                                       Destination{hold(CFRetain(data)), valueOf<std::string>(type), ""});
+  return give<CGImageDestinationRef>(object(Destination{retain(data), valueOf<std::string>(type)}));
 }
 
 void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image, CFDictionaryRef properties) {

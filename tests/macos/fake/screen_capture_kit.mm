@@ -1,14 +1,31 @@
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
 #include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
 
 #include "runtime.h"
-#include "world.h"
 
 using namespace tavik::fake;
+
+/// A block as the compiler lays it out (clang.llvm.org/docs/Block-ABI-Apple.html), one that captures C++ objects.
+struct Block {
+  const void* isa;
+  int flags, reserved;
+  void (*invoke)();
+  const struct {
+    unsigned long reserved, size;
+    void (*copy)(void* to, const void* from);
+    void (*dispose)(const void* block);
+  } * descriptor;
+};
+extern "C" void* _NSConcreteStackBlock[32];
+void* _NSConcreteStackBlock[32];
 
 namespace {
 
 std::atomic<bool> windowServerIsReady = false;
+std::jthread delivery;  ///< the last one, which the next one waits for
 
 /// The value of a stream configuration; the name of a filter is its value.
 struct Configuration {
@@ -18,22 +35,34 @@ struct Configuration {
   NSInteger queueDepth = 8;
 };
 
+std::shared_ptr<void> copied(const Block* block) {
+  require(block->isa == _NSConcreteStackBlock, "a handler is a block on the stack");
+  void* const copy = std::memcpy(std::malloc(block->descriptor->size), block, block->descriptor->size);
+  block->descriptor->copy(copy, block);
+  return {copy, [dispose = block->descriptor->dispose](void* unused) { dispose(unused), std::free(unused); }};
+}
+
 /// Calls the handler with the value, which is the handler's only as long as it runs; when the operation fails, with an
-/// error, with the value beside it or without either, as the world says.
+/// error, with the value beside it or without either, as the world says. The handler has a thread and a pool of its
+/// own.
 template <class Value>
 void answer(const std::string& operation, Held value, void (^handler)(Value, NSError*)) {
   require(windowServerIsReady, "the window server is set up before anything is captured");
-  void* const copy = _Block_copy(handler);
-  deliver([=] {
-    const bool failing = fails(operation);
-    NSError* const error = failing && !fails("giving an error") ? [make([NSError class], {}) autorelease] : nil;
-    void* const lent = failing && !fails("withholding the value") ? nullptr : const_cast<void*>(value.get());
-    reinterpret_cast<void (^)(Value, NSError*)>(copy)(reinterpret_cast<Value>(lent), error);
-    _Block_release(copy);
+  const bool hasError = fails(operation) && !fails("giving an error");
+  if (fails(operation) && !fails("withholding the value")) value = nullptr;
+  const auto copy = copied(reinterpret_cast<const Block*>(handler));
+  delivery = std::jthread([=]() mutable {
+    @autoreleasepool {
+      NSError* const error = hasError ? lend(object({}, [NSError class])) : nil;
+      reinterpret_cast<void (^)(Value, NSError*)>(copy.get())(as<Value>(value), error);
+    }
+    value = nullptr;
   });
 }
 
 }  // namespace
+
+void tavik::fake::waitForHandlers() { delivery = {}; }
 
 CGDirectDisplayID CGMainDisplayID() {
   windowServerIsReady = true;
@@ -54,7 +83,7 @@ TAVIK_ANSWER(-(NSInteger)height, valueOf<ListedDisplay>(self).height)
 @implementation SCWindow
 - (SCRunningApplication*)owningApplication {
   const auto& pid = valueOf<ListedWindow>(self).pid;
-  return pid ? [make([SCRunningApplication class], *pid) autorelease] : nil;
+  return pid ? lend(object(*pid, [SCRunningApplication class])) : nil;
 }
 - (CGRect)frame {
   const auto& window = valueOf<ListedWindow>(self);
@@ -70,10 +99,10 @@ TAVIK_ANSWER(-(NSInteger)windowLayer, valueOf<ListedWindow>(self).layer)
                                onScreenWindowsOnly:(BOOL)onScreenWindowsOnly
                                  completionHandler:(void (^)(SCShareableContent*, NSError*))handler {
   require(!excludeDesktopWindows && onScreenWindowsOnly, "desktop windows too, but only those on screen");
-  answer("listing", hold(make(self, world())), handler);
+  answer("listing", object(world(), self), handler);
 }
-TAVIK_ANSWER(-(NSArray*)displays, temporaryList([SCDisplay class], valueOf<World>(self).displays))
-TAVIK_ANSWER(-(NSArray*)windows, temporaryList([SCWindow class], valueOf<World>(self).windows))
+TAVIK_ANSWER(-(NSArray*)displays, lend(valueOf<World>(self).displays, [SCDisplay class]))
+TAVIK_ANSWER(-(NSArray*)windows, lend(valueOf<World>(self).windows, [SCWindow class]))
 @end
 
 @implementation SCContentFilter
@@ -110,6 +139,6 @@ TAVIK_ANSWER(-(void)setQueueDepth : (NSInteger)depth, void(valueOf<Configuration
              completionHandler:(void (^)(CGImageRef, NSError*))handler {
   const auto& [width, height, part, showsCursor, queueDepth] = valueOf<Configuration>(configuration);
   require(!showsCursor && queueDepth == 1, "one picture, without the cursor");
-  answer("capturing", hold(makePicture(width, height, valueOf<std::string>(filter) + part)), handler);
+  answer("capturing", makePicture(width, height, valueOf<std::string>(filter) + part), handler);
 }
 @end

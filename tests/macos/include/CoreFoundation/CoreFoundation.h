@@ -23,14 +23,13 @@ using CFDataRef = const struct __CFData*;
 using CFMutableDataRef = struct __CFData*;
 
 struct CFRange {
-  CFIndex location;
-  CFIndex length;
+  CFIndex location, length;
 };
 inline CFRange CFRangeMake(CFIndex location, CFIndex length) { return {location, length}; }
 
-struct CFArrayCallBacks;
-struct CFDictionaryKeyCallBacks;
-struct CFDictionaryValueCallBacks;
+struct CFArrayCallBacks {};
+struct CFDictionaryKeyCallBacks {};
+struct CFDictionaryValueCallBacks {};
 
 enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
 enum CFNumberType : CFIndex { kCFNumberDoubleType = 13 };

@@ -20,9 +20,7 @@ using NSStringEncoding = NSUInteger;
 enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 
 __attribute__((objc_root_class))
-@interface NSObject {
-  Class itsClass;
-}
+@interface NSObject
 + (instancetype)alloc;
 + (instancetype)new;
 + (Class)class;
@@ -31,7 +29,6 @@ __attribute__((objc_root_class))
 #if !__has_feature(objc_arc)
 - (instancetype)retain;
 - (void)release;
-- (instancetype)autorelease;
 @end
 
 @interface NSAutoreleasePool : NSObject
@@ -43,10 +40,7 @@ __attribute__((objc_root_class))
 - (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding;
 @end
 
-@interface NSConstantString : NSString {
-  const char* bytes;
-  unsigned count;
-}
+@interface NSConstantString : NSString
 @end
 
 @interface NSNumber : NSObject

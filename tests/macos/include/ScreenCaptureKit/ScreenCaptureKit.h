@@ -14,8 +14,7 @@ TAVIK_SINCE(12.3)
 TAVIK_SINCE(12.3)
 @interface SCDisplay : NSObject
 @property(readonly) CGDirectDisplayID displayID;
-@property(readonly) NSInteger width;
-@property(readonly) NSInteger height;
+@property(readonly) NSInteger width, height;
 @end
 
 TAVIK_SINCE(12.3)
@@ -45,8 +44,7 @@ TAVIK_SINCE(12.3)
 
 TAVIK_SINCE(12.3)
 @interface SCStreamConfiguration : NSObject
-@property std::size_t width;
-@property std::size_t height;
+@property std::size_t width, height;
 @property CGRect sourceRect;
 @property BOOL showsCursor;
 @property NSInteger queueDepth;
