@@ -27,7 +27,11 @@ Ref give(const Held& held) {
 Held retain(const void* object);
 /// The object, or nil, whose reference becomes the innermost pool's.
 id lend(const Held& held);
-inline id lend(const std::optional<std::string>& value) { return lend(value ? text(*value) : nullptr); }
+/// A new object of this class, or nil.
+template <class Value>
+id lend(const std::optional<Value>& value, Class kind) {
+  return lend(value ? object(*value, kind) : nullptr);
+}
 /// An array of new objects of this class.
 template <class Value>
 id lend(const std::vector<Value>& values, Class kind) {
@@ -51,9 +55,6 @@ CFTypeID typeOf() {
 
 /// True when the world says that this operation fails.
 bool fails(const std::string& operation);
-
-/// A screenshot: it has no pixels, and tells how it came about.
-Held makePicture(std::size_t width, std::size_t height, const std::string& story);
 
 }  // namespace tavik::fake
 

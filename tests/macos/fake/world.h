@@ -11,6 +11,8 @@
 #include <variant>
 #include <vector>
 
+#include "platform/screen_capture.h"
+
 namespace tavik::fake {
 
 /// One reference to an object of the fake frameworks, or none, for as long as this or a copy exists.
@@ -42,29 +44,16 @@ struct Application {
   Element tree = {};
 };
 
-struct ListedWindow {
-  std::uint32_t number = 0;
-  std::optional<std::int32_t> pid = {};
-  double x = 0, y = 0, width = 0, height = 0;
-  bool isOnScreen = true;
-  long layer = 0;
-};
-
-struct ListedDisplay {
-  std::uint32_t number = 0;
-  long width = 0, height = 0;
-};
-
 /// Everything that the fakes answer from.
 struct World {
   Dictionary environment = {};
   std::optional<std::string> resource = {};  ///< the path of the policy that came with the program
   std::vector<Application> applications = {};
-  std::optional<std::int32_t> frontmost = {};
+  std::optional<Application> frontmost = {};
   std::optional<double> scale = {};  ///< nothing: there is no main screen
   Dictionary screen = {};            ///< the description of the main screen
-  std::vector<ListedDisplay> displays = {};
-  std::vector<ListedWindow> windows = {};
+  std::vector<platform::Display> displays = {};
+  std::vector<platform::Window> windows = {};
   std::set<std::string> failing = {};  ///< what fails: names of functions, and others that the fakes ask for
 };
 

@@ -1,8 +1,5 @@
 // The part of CoreFoundation that the backend uses, declared anew so that it compiles where there is no Apple SDK.
 #pragma once
-#if defined(__APPLE__) && !defined(TAVIK_OWN_DECLARATIONS)
-#error "an Apple build takes the SDK's headers"
-#endif
 
 #include <cstddef>
 #include <cstdint>

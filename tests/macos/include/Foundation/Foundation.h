@@ -1,7 +1,7 @@
 // The part of Foundation that the backend uses, declared anew so that it compiles where there is no Apple SDK.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
 #include <sys/types.h>
 
 #ifdef __arm64__
@@ -15,7 +15,6 @@ using BOOL = signed char;
 
 using NSInteger = long;
 using NSUInteger = unsigned long;
-using CGFloat = double;
 using NSStringEncoding = NSUInteger;
 enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 
@@ -76,6 +75,4 @@ __attribute__((objc_root_class))
 @property(readonly, copy) NSDictionary<NSString*, NSString*>* environment;
 @end
 
-extern "C" {
-NSString* NSUserName();
-}
+extern "C" NSString* NSUserName();

@@ -1,12 +1,17 @@
-#import <ApplicationServices/ApplicationServices.h>
+#import <AppKit/AppKit.h>
+#include <ApplicationServices/ApplicationServices.h>
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <unistd.h>
 
 #include "runtime.h"
 
 using namespace tavik::fake;
 
 namespace {
+
+std::atomic<bool> mainLoopRuns = false;
 
 /// What an attribute holds; nothing when the element does not have it.
 const Held* attributeOf(AXUIElementRef element, CFTypeRef name) {
@@ -70,3 +75,39 @@ AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRe
   *values = give<CFArrayRef>(list(answers));
   return kAXErrorSuccess;
 }
+
+void CFRunLoopRun() {
+  require(::gettid() == ::getpid(), "the main thread serves the main loop");
+  mainLoopRuns = true;
+  mainLoopRuns.notify_all();
+  while (true) ::pause();
+}
+
+@implementation NSWorkspace
++ (NSWorkspace*)sharedWorkspace {
+  mainLoopRuns.wait(false);  // nothing that it says is renewed before
+  return lend(object({}, self));
+}
+TAVIK_ANSWER(-(NSRunningApplication*)frontmostApplication, lend(world().frontmost, [NSRunningApplication class]))
+TAVIK_ANSWER(-(NSArray*)runningApplications, lend(world().applications, [NSRunningApplication class]))
+@end
+
+@implementation NSRunningApplication
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
+  auto applications = world().applications;
+  std::erase_if(applications,
+                [&](const auto& each) { return each.bundleIdentifier != valueOf<std::string>(identifier); });
+  return lend(applications, self);
+}
+TAVIK_ANSWER(-(pid_t)processIdentifier, valueOf<Application>(self).pid)
+TAVIK_ANSWER(-(NSString*)bundleIdentifier, lend(valueOf<Application>(self).bundleIdentifier, [NSString class]))
+TAVIK_ANSWER(-(NSString*)localizedName, lend(valueOf<Application>(self).name, [NSString class]))
+TAVIK_ANSWER(-(NSApplicationActivationPolicy)activationPolicy,
+             static_cast<NSApplicationActivationPolicy>(valueOf<Application>(self).activationPolicy))
+@end
+
+@implementation NSScreen
+TAVIK_ANSWER(+(NSScreen*)mainScreen, lend(world().scale, self))
+TAVIK_ANSWER(-(NSDictionary*)deviceDescription, lend(object(world().screen)))
+TAVIK_ANSWER(-(CGFloat)backingScaleFactor, valueOf<double>(self))
+@end
