@@ -97,9 +97,9 @@ World twoApplications() {
   const Dictionary vault{{"AXWindows", list({field("AXWindow", "first"), field("AXWindow", "second")})}};
   const Application mailApplication{7, "com.example.Mail", "Mail", 0, {mail}};
   return {.resource = kPolicy,
-          .applications = {{3, "com.example.Mail", "Mail agent", 1},
+          .applications = {{8, "org.vault", "Vault", 0, {vault}},
+                           {3, "com.example.Mail", "Mail agent", 1},
                            mailApplication,
-                           {8, "org.vault", "Vault", 0, {vault}},
                            {9, std::nullopt, "Hidden", 0}},
           .frontmost = mailApplication,
           .scale = 1.5,
@@ -163,7 +163,8 @@ TEST(MacOS, ReadsTheSameTreeHoweverReadsFail) {
       {"a batched AXSize"},
       {"a reason in a batch"},
       {"a single AXRole", "a single AXTitle", "a single AXValue", "a single AXPosition"}};
-  std::vector<Case> cases;
+  constexpr int kMainWindow = 1, kBatches = 1 + 50 + 7;  // the window, its children, what is below one of these
+  std::vector<Case> cases{{kTree, "/data/ax_tree", tree, {}, [](World& w) { w.patience = kMainWindow + kBatches; }}};
   for (const auto& failing : failures) cases.push_back({kTree, "/data/ax_tree", tree, failing});
   expectAnswers(cases);
 }
@@ -217,9 +218,11 @@ TEST(MacOS, DescribesApplicationsScreenAndPolicy) {
       {focus, "/data/ax_tree", {{"role", "AXTextArea"}, {"value", "Dear Ada"}}},
       {focus, "/data/ax_tree", nullptr, {}, [](World& w) { w.frontmost.reset(); }},
       {focus, "/data/context/app_bundle_id", "com.example.Mail"},
+      {focus, "/data/context/app_bundle_id", "unknown", {}, [](World& w) { w.frontmost->bundleIdentifier.reset(); }},
       {focus, "/data/context/app_name", "Mail"},
       {focus, "/data/context/display_id", 5},
       {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen["NSScreenNumber"] = text("five"); }},
+      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen["NSScreenNumber"] = object(5.5); }},
       {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen.clear(); }},
       {focus, "/data/context/display_id", nullptr, {}, [](World& w) { w.scale.reset(); }},
       {focus, "/data/context/scale_factor", 1.5},

@@ -13,6 +13,8 @@ namespace {
 
 std::atomic<bool> mainLoopRuns = false;
 
+void beAsked() { require(world().patience-- > 0, "a message that could have been spared"); }
+
 /// What an attribute holds; nothing when the element does not have it.
 const Held* attributeOf(AXUIElementRef element, CFTypeRef name) {
   const auto& attributes = valueOf<Element>(element).attributes;
@@ -58,6 +60,7 @@ AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
 }
 
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
+  beAsked();
   require(*value == nullptr, "an out-parameter starts from null");
   const auto* const held = attributeOf(element, attribute);
   if (held == nullptr || fails("a single " + valueOf<std::string>(attribute))) return failure(value);
@@ -67,6 +70,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
 
 AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,
                                                AXCopyMultipleAttributeOptions options, CFArrayRef* values) {
+  beAsked();
   require(options == 0 && *values == nullptr, "a batch has no options, and its out-parameter starts from null");
   if (fails(__func__)) return failure(values);
   List answers;

@@ -52,6 +52,7 @@ struct World {
   std::optional<Application> frontmost = {};
   std::optional<double> scale = {};  ///< nothing: there is no main screen
   Dictionary screen = {};            ///< the description of the main screen
+  int patience = 1000;               ///< how many messages about elements are answered
   std::vector<platform::Display> displays = {};
   std::vector<platform::Window> windows = {};
   std::set<std::string> failing = {};  ///< what fails: names of functions, and others that the fakes ask for
