@@ -21,7 +21,7 @@ namespace {
 using namespace fake;
 namespace json = boost::json;
 
-/// Runs `pass` in a process of its own to its exit. Nobody has a word to say on standard error, LeakSanitizer neither.
+/// Runs `pass` to the exit of a process of its own. Nothing, LeakSanitizer included, may write to standard error.
 void run(const std::function<void()>& pass) {
   const auto passOrFail = [&] {
     pass();
@@ -111,6 +111,7 @@ World twoApplications() {
                       {91, {{9}}, false, 0, {0, 0, 300, 200}}}};
 }
 
+/// Asks the whole program; its standard streams are in memory.
 void expectAnswers(const std::vector<Case>& cases) {
   run([&] {
     for (const auto& [request, pointer, expected, failing, arrange] : cases) {

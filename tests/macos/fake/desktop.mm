@@ -13,6 +13,7 @@ namespace {
 
 std::atomic<bool> mainLoopRuns = false;
 
+/// Counts a read, single or batched.
 void beAsked() { require(world().patience-- > 0, "a message that could have been spared"); }
 
 /// What an attribute holds; nothing when the element does not have it.
@@ -31,7 +32,7 @@ AXError failure(Ref* value) {
   return kAXErrorCannotComplete;
 }
 
-/// What a batch has in the place of this attribute.
+/// What a batch holds in place of this attribute.
 Held batched(AXUIElementRef element, CFTypeRef name) {
   if (fails("a batched " + valueOf<std::string>(name))) return object(Geometry(kAXErrorCannotComplete));
   const auto* const value = attributeOf(element, name);

@@ -100,9 +100,10 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {
-  CFIndex units = 0;  // none for a continuation, and two, a surrogate pair, for the first byte of four
-  for (const char byte : valueOf<std::string>(string))
+  CFIndex units = 0;  // none for a continuation byte, a surrogate pair for the first byte of four
+  for (const char byte : valueOf<std::string>(string)) {
     units += (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1;
+  }
   return units;
 }
 

@@ -11,7 +11,7 @@
 using namespace tavik::fake;
 using namespace tavik::platform;
 
-/// A block as the compiler lays it out (clang.llvm.org/docs/Block-ABI-Apple.html), one that captures C++ objects.
+/// A block that captures C++ objects, as the compiler lays it out (clang.llvm.org/docs/Block-ABI-Apple.html).
 struct Block {
   const void* isa;
   int flags, reserved;
@@ -53,9 +53,8 @@ std::shared_ptr<void> copied(const Block* block) {
   return {copy, [dispose = block->descriptor->dispose](void* unused) { dispose(unused), std::free(unused); }};
 }
 
-/// Calls the handler with the value, which is the handler's only as long as it runs; when the operation fails, with an
-/// error, with the value beside it or without either, as the world says. The handler has a thread and a pool of its
-/// own.
+/// Calls the handler, on a thread of its own and with a pool, with a value that is lent for as long as the handler
+/// runs. When the operation fails, the world says whether there is an error and whether the value is withheld.
 template <class Value>
 void answer(const std::string& operation, Held value, void (^handler)(Value, NSError*)) {
   require(windowServerIsReady, "the window server is set up before anything is captured");

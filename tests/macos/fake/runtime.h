@@ -23,9 +23,9 @@ Ref give(const Held& held) {
   if (held) CFRetain(held.get());
   return as<Ref>(held);
 }
-/// A reference of its own to somebody else's object.
+/// A further reference to the object.
 Held retain(const void* object);
-/// The object, or nil, whose reference becomes the innermost pool's.
+/// The object, or nil, which the innermost pool owns from now on.
 id lend(const Held& held);
 /// A new object of this class, or nil.
 template <class Value>
@@ -58,6 +58,6 @@ bool fails(const std::string& operation);
 
 }  // namespace tavik::fake
 
-/// A method that does no more than to answer.
+/// A method that only answers.
 #define TAVIK_ANSWER(signature, ...) \
   signature { return __VA_ARGS__; }

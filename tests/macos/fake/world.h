@@ -20,7 +20,7 @@ using Held = std::shared_ptr<const void>;
 using List = std::vector<Held>;                           ///< the value of an array
 using Dictionary = std::map<std::string, Held>;           ///< the value of a dictionary
 using Geometry = std::variant<CGPoint, CGSize, AXError>;  ///< the value of an AXValue
-/// The value of an element: its attributes. One with null has no value; the others are missing.
+/// The value of an element: the attributes that it has. One that is null has no value.
 struct Element {
   Dictionary attributes = {};
 };
@@ -52,7 +52,7 @@ struct World {
   std::optional<Application> frontmost = {};
   std::optional<double> scale = {};  ///< nothing: there is no main screen
   Dictionary screen = {};            ///< the description of the main screen
-  int patience = 1000;               ///< how many messages about elements are answered
+  int patience = 1000;               ///< how many reads of attributes applications answer
   std::vector<platform::Display> displays = {};
   std::vector<platform::Window> windows = {};
   std::set<std::string> failing = {};  ///< what fails: names of functions, and others that the fakes ask for

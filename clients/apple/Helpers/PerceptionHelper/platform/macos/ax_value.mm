@@ -12,13 +12,13 @@ namespace {
 static_assert(kAXValueTypeCGPoint == 1 && kAXValueTypeCGSize == 2 && kAXValueTypeAXError == 5);
 static_assert(kAXErrorAttributeUnsupported == -25205 && kAXErrorNoValue == -25212);
 
-/// The value under its own type, which the caller has tested.
+/// The value as its own type, which the caller has checked.
 template <class Ref>
 Ref as(CFTypeRef value) {
   return static_cast<Ref>(value);
 }
 
-/// What an AXValue of this type holds; nothing when it is of another one.
+/// What an AXValue of this type holds; nothing when the value is of another type.
 template <class Value>
 std::optional<Value> contentOf(CFTypeRef value, AXValueType type) {
   Value content{};
@@ -30,7 +30,7 @@ std::optional<Value> contentOf(CFTypeRef value, AXValueType type) {
 
 double numberOf(CFNumberRef number) {
   double value = 0;
-  CFNumberGetValue(number, kCFNumberDoubleType, &value);  // what it answers is whether nothing was lost
+  CFNumberGetValue(number, kCFNumberDoubleType, &value);  // its result says whether the conversion was exact
   return value;
 }
 

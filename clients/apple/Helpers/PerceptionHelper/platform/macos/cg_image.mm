@@ -14,7 +14,7 @@ CFRef<CGColorSpaceRef> colorSpaceOf(CGImageRef image) {
   return own ? own : adopted(CGColorSpaceCreateDeviceRGB());
 }
 
-/// Null when there is no such bitmap.
+/// Null when no such bitmap can be made.
 CFRef<CGContextRef> makeBitmapContext(PixelSize size, CGColorSpaceRef colorSpace) {
   constexpr std::size_t kBitsPerComponent = 8, kItsOwnBytesPerRow = 0;
   return adopted(CGBitmapContextCreate(nullptr, static_cast<std::size_t>(size.width),

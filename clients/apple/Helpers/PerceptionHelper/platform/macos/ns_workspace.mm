@@ -35,7 +35,7 @@ std::vector<RunningApplicationRef> toApplications(NSArray<NSRunningApplication*>
   return result;
 }
 
-/// The number as an integer; nothing when it is none, or a fraction.
+/// The object as an integer; nothing when it is not a number, or not a whole one.
 std::optional<std::int64_t> integerOf(id object) {
   if (![object isKindOfClass:[NSNumber class]]) return std::nullopt;
   const auto integer = truncated([object doubleValue]);

@@ -53,7 +53,7 @@ SCWindow* findWindow(SCShareableContent* content, std::uint32_t windowID) {
   return nil;
 }
 
-/// Nil when the display or the window is not among the content.
+/// Nil when the display or the window is not in the content.
 ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentFilter& filter) {
   SCDisplay* const display = findDisplay(content, filter.display.displayID);
   SCWindow* const window = filter.includedWindow ? findWindow(content, filter.includedWindow->windowID) : nil;
@@ -66,7 +66,7 @@ ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentF
   return adopted([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
 }
 
-/// The numbers go to the system as they are, negative ones too.
+/// The numbers reach the system unchecked, negative ones too.
 ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& configuration) {
   auto result = adopted([SCStreamConfiguration new]);
   [result.get() setWidth:static_cast<std::size_t>(configuration.width)];
@@ -109,7 +109,7 @@ class ScreenCaptureKit final : public ScreenCapture {
   }
 
  private:
-  /// What was listed last: filters are made of its objects. Nobody reads it before the handler has been called.
+  /// What was listed last: filters are made from its objects. It is not read before the listing handler is called.
   ObjCRef<SCShareableContent*> content_ = {};
 };
 
