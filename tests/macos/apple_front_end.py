@@ -11,49 +11,35 @@ import subprocess
 import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
-from functools import partial
 from pathlib import Path
 
-HERE = Path(__file__).parent
+HERE, COMPILER, PROGRAM = Path(__file__).resolve().parent, sys.argv[1], Path(sys.argv[2]).resolve()
 GOLDEN = HERE / "imported_symbols.txt"
-DEPLOYMENT_TARGET = "14.0"
 FRAMEWORK_SYMBOL = re.compile(r"\bU? ?_(OBJC_CLASS_\$_\w+|_*k?(?:AX|CF|CG|NS)\w+)$", re.MULTILINE)
-
+FLAGS = ["-std=c++20", "-fobjc-arc", "-Wall", "-Wextra", "-Wunguarded-availability", "-Werror", f"-I{PROGRAM}"]
 # There is no C++ library for Apple's systems here: GCC's stands in, whose headers take the compiler for one of Linux.
-STANDIN = ["-U__nonnull", "-D_GNU_SOURCE", "-DTAVIK_OWN_DECLARATIONS", "-nostdinc++"]
-STANDIN_ON_ARM = ["-D__x86_64__", "-D__builtin_ia32_pause()=0"]
+STANDIN = ["-U__nonnull", "-D_GNU_SOURCE", "-nostdinc++", f"-I{HERE / 'include'}"]
+STANDIN_ON = {"x86_64": [], "arm64": ["-D__x86_64__", "-D__builtin_ia32_pause()=0"]}
 
 
-def system_headers(compiler: str) -> list[str]:
-    said = subprocess.run([compiler, "-x", "c++", "-E", "-v", "-"], input="", capture_output=True, text=True).stderr
-    return [f"-isystem{line.strip()}" for line in said.split("search starts here:")[-1].splitlines() if line[:1] == " "]
-
-
-def imports_of(architecture: str, source: Path) -> set[str]:
+def imports_of(architecture: str) -> set[str]:
     """Ends the run with the compiler's words where it has any."""
-    command = [COMPILER, "-target", f"{architecture}-apple-macosx{DEPLOYMENT_TARGET}", "-x", "objective-c++"]
-    command += ["-std=c++20", "-fobjc-arc", "-Wall", "-Wextra", "-Wunguarded-availability", "-Werror", *STANDIN]
-    command += STANDIN_ON_ARM if architecture == "arm64" else []
-    command += [*HEADERS, f"-I{HERE / 'include'}", f"-I{PROGRAM}", "-c", str(source)]
-    with tempfile.NamedTemporaryFile(suffix=".o") as made:
-        if subprocess.run([*command, "-o", made.name]).returncode != 0:
-            sys.exit(f"{source.name} does not compile for {architecture}")
-        listed = subprocess.run(["llvm-nm", "-u", made.name], capture_output=True, text=True, check=True).stdout
-    return set(FRAMEWORK_SYMBOL.findall(listed))
+    command = [COMPILER, "-target", f"{architecture}-apple-macosx14.0", *FLAGS, *STANDIN, *STANDIN_ON[architecture]]
+    with tempfile.TemporaryDirectory() as folder:
+        if subprocess.run([*command, *HEADERS, "-c", *SOURCES], cwd=folder, check=False).returncode != 0:
+            sys.exit(f"the backend does not compile for {architecture}")
+        listing = subprocess.run(["llvm-nm", "-u", *Path(folder).iterdir()], capture_output=True, text=True, check=True)
+    return set(FRAMEWORK_SYMBOL.findall(listing.stdout))
 
 
-def all_imports_of(architecture: str) -> set[str]:
-    with ThreadPoolExecutor() as pool:
-        sources = sorted((PROGRAM / "platform/macos").glob("*.mm"))
-        return set().union(*pool.map(partial(imports_of, architecture), sources))
-
-
-COMPILER, PROGRAM = sys.argv[1], Path(sys.argv[2])
 if not shutil.which(COMPILER) or not shutil.which("llvm-nm"):
     print("skipped: needs clang++ and llvm-nm")
     sys.exit(77)
-HEADERS = system_headers(COMPILER)
-imports = {architecture: all_imports_of(architecture) for architecture in ("arm64", "x86_64")}
+SOURCES = sorted((PROGRAM / "platform/macos").glob("*.mm"))
+said = subprocess.run([COMPILER, "-x", "c++", "-E", "-v", "/dev/null"], capture_output=True, text=True, check=True).stderr
+HEADERS = [f"-isystem{path}" for path in re.findall(r"^ (/\S+)$", said, re.MULTILINE)]
+with ThreadPoolExecutor() as pool:
+    imports = dict(zip(STANDIN_ON, pool.map(imports_of, STANDIN_ON)))
 if "--accept" in sys.argv:
     GOLDEN.write_text("\n".join(sorted(imports["arm64"])) + "\n")
 golden = set(GOLDEN.read_text().split())

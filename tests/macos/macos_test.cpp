@@ -1,12 +1,8 @@
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <span>
-#include <sstream>
 #include <string>
-#include <sys/wait.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <boost/json/parse.hpp>
@@ -15,6 +11,7 @@
 
 #include "capture/base64.h"
 #include "driver/host_task.h"
+#include "fake/fake_platform.h"
 #include "macos/fake/world.h"
 #include "platform/platform.h"
 
@@ -24,48 +21,15 @@ namespace {
 using namespace fake;
 namespace json = boost::json;
 
-/// A file without a name, which child processes have too.
-class File {
- public:
-  explicit File(const std::string& text) {
-    std::fputs(text.c_str(), file_);
-    std::rewind(file_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() { std::fclose(file_); }
-  int descriptor() const { return ::fileno(file_); }
-  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor()); }
-  std::string content() const {
-    std::ostringstream text;
-    text << std::ifstream(path()).rdbuf();
-    return text.str();
-  }
-
- private:
-  std::FILE* file_ = std::tmpfile();
-};
-
-/// Runs `pass` to the exit of a process of its own, in a world of its own and with a time limit, and yields its output.
-/// Neither the program nor the ledger, at the end, has a word to say on standard error.
-std::string run(const std::function<std::int32_t()>& pass, const World& desktop, const std::string& input) {
-  const File in(input), out(""), error("");
-  std::fflush(nullptr);  // lest the child writes it once more
-  const auto child = ::fork();
-  if (child == 0) {
-    ::dup2(in.descriptor(), STDIN_FILENO);
-    ::dup2(out.descriptor(), STDOUT_FILENO);
-    ::dup2(error.descriptor(), STDERR_FILENO);
-    ::alarm(5);
-    world() = desktop;
-    std::atexit([] { std::fputs(liveObjects().c_str(), stderr); });
-    platform::runToExit(pass);
-  }
-  int status = -1;
-  ::waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(error.content(), "");
-  return out.content();
+/// Runs `pass` to the exit of a process of its own. Nothing, LeakSanitizer included, may write to standard error.
+void run(const std::function<void()>& pass) {
+  const auto passOrFail = [&] {
+    pass();
+    waitForHandlers();
+    world() = {};
+    return testing::Test::HasFailure() ? 1 : 0;
+  };
+  EXPECT_EXIT((::alarm(20), platform::runToExit(passOrFail)), testing::ExitedWithCode(0), "^$");
 }
 
 /// What is asked, in which world, and what the answer has to hold at a JSON pointer (null: nothing there).
@@ -76,38 +40,35 @@ struct Case {
   std::function<void(World&)> arrange = [](World&) {};
 };
 
-Maker field(const std::string& role, const std::string& value) {
+Held field(const std::string& role, const std::string& value) {
   return element({{"AXRole", text(role)}, {"AXValue", text(value)}});
 }
 
 /// A child of a window below which the walk reaches its deepest level, where nobody may ask for children.
-Maker chainToTheDeepestLevel() {
-  Maker chain = element({{"AXHelp", text("deepest")}, {"AXChildren", [] {
-                                                         std::fputs("a list is read that nobody visits", stderr);
-                                                         return nullptr;
-                                                       }}});
+Held chainToTheDeepestLevel() {
+  auto chain = element({{"AXHelp", text("deepest")}, {"AXChildren", object(Untouchable{})}});
   for (int depth = 7; depth > 0; --depth) chain = element({{"AXChildren", list({chain})}});
   return chain;
 }
 
 /// A window with everything that an element may say, truthful or not, and more children than are walked.
-Maker mailWindow() {
-  std::vector<Maker> children{
+Held mailWindow() {
+  List children{
       field("AXSecureTextField", "hunter2"),
       element({{"AXRole", text("AXSlider")},
-               {"AXValue", number(0.5)},
-               {"AXTitle", boolean(true)},
+               {"AXValue", object(0.5)},
+               {"AXTitle", object(true)},
                {"AXHelp", list({})},
                {"AXDescription", point(1, 2)},
                {"AXPosition", point(3, 4)},
                {"AXChildren", text("none")}}),
       element({{"AXTitle", text(std::string("a") + kUnpairedSurrogate + "z \xF0\x9F\x93\xAC")},
-               {"AXValue", [] { return nullptr; }},
+               {"AXValue", nullptr},
                {"AXPosition", size(8, 9)},
                {"AXSize", size(30.9, 40)}}),
       element({{"AXPosition", point(0, 0)}, {"AXSize", size(std::nan(""), 1)}, {"AXChildren", list({})}}),
       element({{"AXPosition", text("left")},
-               {"AXSize", number(3)},
+               {"AXSize", object(3.0)},
                {"AXChildren", list({field("AXImage", ""), text("a stranger")})}}),
   };
   children.push_back(chainToTheDeepestLevel());
@@ -121,40 +82,54 @@ Maker mailWindow() {
                   {"AXChildren", list(children)}});
 }
 
-const File kPolicy("bundle_id_blocklist:\n- org.v*\nax_role_text_blocklist:\n- AXSecureTextField\n"),
-    kLenientPolicy("#\n");
-
-World twoApplications() {
-  const Element mail{{"AXMainWindow", mailWindow()}, {"AXFocusedUIElement", field("AXTextArea", "Dear Ada")}};
-  const Element vault{{"AXWindows", list({field("AXWindow", "first"), field("AXWindow", "second")})}};
-  return {.resource = kPolicy.path(),
-          .applications = {{3, "com.example.Mail", "Mail agent", 1},
-                           {7, "com.example.Mail", "Mail", 0, mail},
-                           {8, "org.vault", "Vault", 0, vault},
-                           {9, std::nullopt, "Hidden", 0}},
-          .frontmost = 7,
-          .scale = 1.5,
-          .screenNumber = number(5),
-          .displays = {{2, 1440, 900}, {3, 800, 600}},
-          .windows = {{70, std::nullopt, 0, 0, 1440, 24},
-                      {71, 7, 0, 0, 2000, 2000, true, 3},
-                      {72, 7, 20, 30, 1000.7, 600.9},
-                      {91, 9, 0, 0, 300, 200, false}}};
+/// The path of a file with this text, which is gone with the process.
+std::string file(const std::string& text) {
+  const int descriptor = ::memfd_create("policy", 0);
+  EXPECT_EQ(::write(descriptor, text.data(), text.size()), std::ssize(text));
+  return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
-/// Asks until an answer is wrong.
+const auto kPolicy = file("bundle_id_blocklist:\n- org.v*\nax_role_text_blocklist:\n- AXSecureTextField\n"),
+           kLenientPolicy = file("#\n");
+
+World twoApplications() {
+  const Dictionary mail{{"AXMainWindow", mailWindow()}, {"AXFocusedUIElement", field("AXTextArea", "Dear Ada")}};
+  const Dictionary vault{{"AXWindows", list({field("AXWindow", "first"), field("AXWindow", "second")})}};
+  const Application mailApplication{7, "com.example.Mail", "Mail", 0, {mail}};
+  return {.resource = kPolicy,
+          .applications = {{8, "org.vault", "Vault", 0, {vault}},
+                           {3, "com.example.Mail", "Mail agent", 1},
+                           mailApplication,
+                           {9, std::nullopt, "Hidden", 0}},
+          .frontmost = mailApplication,
+          .scale = 1.5,
+          .screen = {{"NSScreenNumber", object(5.0)}},
+          .displays = {{2, 1440, 900}, {3, 800, 600}},
+          .windows = {{70, std::nullopt, true, 0, {0, 0, 1440, 24}},
+                      {71, {{7}}, true, 3, {0, 0, 2000, 2000}},
+                      {72, {{7}}, true, 0, {20, 30, 1000.7, 600.9}},
+                      {91, {{9}}, false, 0, {0, 0, 300, 200}}}};
+}
+
+/// Asks the whole program; its standard streams are in memory.
 void expectAnswers(const std::vector<Case>& cases) {
-  for (const auto& [request, pointer, expected, failing, arrange] : cases) {
-    auto desktop = twoApplications();
-    desktop.failing = failing;
-    arrange(desktop);
-    const auto output = run([] { return hostTask(platform::makePlatform()); }, desktop, request);
-    EXPECT_EQ(output.find('\n'), output.size() - 1) << "exactly one line: " << output;
-    boost::system::error_code failure;
-    const auto response = json::parse(output, failure);
-    const auto* const found = response.find_pointer(pointer, failure);
-    ASSERT_EQ(found != nullptr ? *found : json::value(), expected) << request << testing::PrintToString(failing);
-  }
+  run([&] {
+    for (const auto& [request, pointer, expected, failing, arrange] : cases) {
+      world() = twoApplications();
+      world().failing = failing;
+      arrange(world());
+      FakeDesktop console{.input = request};
+      auto platform = platform::makePlatform();
+      platform.streams = std::move(makePlatform(console).streams);
+      EXPECT_EQ(hostTask(platform), 0);
+      EXPECT_EQ(console.output.find('\n'), console.output.size() - 1) << "exactly one line: " << console.output;
+      boost::system::error_code failure;
+      const auto response = json::parse(console.output, failure);
+      const auto* const found = response.find_pointer(pointer, failure);
+      EXPECT_EQ(found != nullptr ? *found : json::value(), expected) << request << testing::PrintToString(failing);
+      EXPECT_EQ(console.error, "");
+    }
+  });
 }
 
 /// The data URL of the picture that the fake encoder describes so.
@@ -179,19 +154,19 @@ TEST(MacOS, ReadsTheSameTreeHoweverReadsFail) {
   tree.at("children").as_array().push_back(chain);
   for (int i = 6; i < 50; ++i) tree.at("children").as_array().emplace_back(json::object{{"help", std::to_string(i)}});
   const std::string batch = "AXUIElementCopyMultipleAttributeValues", untouched = "an untouched out-parameter";
-  const std::set<std::string> singles{"a single AXRole", "a single AXTitle", "a single AXValue", "a single AXPosition"};
-  std::vector<Case> cases;
-  for (const auto& failing : std::vector<std::set<std::string>>{{},
-                                                                {batch},
-                                                                {untouched},
-                                                                {batch, untouched},
-                                                                {"a full batch"},
-                                                                {"a batched AXRole"},
-                                                                {"a batched AXSize"},
-                                                                {"a reason in a batch"},
-                                                                singles}) {
-    cases.push_back({kTree, "/data/ax_tree", tree, failing});
-  }
+  const std::vector<std::set<std::string>> failures{
+      {},
+      {batch},
+      {untouched},
+      {batch, untouched},
+      {"a full batch"},
+      {"a batched AXRole"},
+      {"a batched AXSize"},
+      {"a reason in a batch"},
+      {"a single AXRole", "a single AXTitle", "a single AXValue", "a single AXPosition"}};
+  constexpr int kMainWindow = 1, kBatches = 1 + 50 + 7;  // the window, its children, what is below one of these
+  std::vector<Case> cases{{kTree, "/data/ax_tree", tree, {}, [](World& w) { w.patience = kMainWindow + kBatches; }}};
+  for (const auto& failing : failures) cases.push_back({kTree, "/data/ax_tree", tree, failing});
   expectAnswers(cases);
 }
 
@@ -239,15 +214,17 @@ TEST(MacOS, AnswersEveryFailureWithItsCode) {
 
 TEST(MacOS, DescribesApplicationsScreenAndPolicy) {
   const auto focus = R"({"target":"focused_element","include_image":false})", vault = R"({"app_name":" vault "})";
-  const auto lenient = [](World& w) { w.environment = {{"TAVIK_PERCEPTION_CONFIG", kLenientPolicy.path()}}; };
+  const auto lenient = [](World& w) { w.environment = {{"TAVIK_PERCEPTION_CONFIG", text(kLenientPolicy)}}; };
   expectAnswers({
       {focus, "/data/ax_tree", {{"role", "AXTextArea"}, {"value", "Dear Ada"}}},
       {focus, "/data/ax_tree", nullptr, {}, [](World& w) { w.frontmost.reset(); }},
       {focus, "/data/context/app_bundle_id", "com.example.Mail"},
+      {focus, "/data/context/app_bundle_id", "unknown", {}, [](World& w) { w.frontmost->bundleIdentifier.reset(); }},
       {focus, "/data/context/app_name", "Mail"},
       {focus, "/data/context/display_id", 5},
-      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screenNumber = text("five"); }},
-      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screenNumber = nullptr; }},
+      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen["NSScreenNumber"] = text("five"); }},
+      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen["NSScreenNumber"] = object(5.5); }},
+      {focus, "/data/context/display_id", 0, {}, [](World& w) { w.screen.clear(); }},
       {focus, "/data/context/display_id", nullptr, {}, [](World& w) { w.scale.reset(); }},
       {focus, "/data/context/scale_factor", 1.5},
       {vault, "/data/ax_tree/value", "first"},
@@ -259,22 +236,25 @@ TEST(MacOS, DescribesApplicationsScreenAndPolicy) {
 }
 
 TEST(MacOS, CallsEachHandlerOnce) {
-  for (const std::set<std::string>& failing : {std::set<std::string>{}, {"listing"}, {"capturing"}}) {
-    auto desktop = twoApplications();
-    desktop.failing = failing;
-    const auto callsAreTwo = [] {
+  run([] {
+    for (const std::set<std::string>& failing : {std::set<std::string>{}, {"listing"}, {"capturing"}}) {
+      world() = twoApplications();
+      world().failing = failing;
       const auto platform = platform::makePlatform();
       int calls = 0;
       const auto count = [&calls](const auto&) { ++calls; };
       platform.screenCapture->getShareableContent({}, count);
-      liveObjects();  // waits for the handler
+      waitForHandlers();
       platform.screenCapture->captureImage({.display = {.displayID = 2}}, {.showsCursor = false, .queueDepth = 1},
                                            count);
-      liveObjects();
-      return calls == 2 ? 0 : 1;
-    };
-    EXPECT_EQ(run(callsAreTwo, desktop, ""), "");
-  }
+      waitForHandlers();
+      EXPECT_EQ(calls, 2) << testing::PrintToString(failing);
+    }
+  });
+}
+
+TEST(MacOS, ExitsWithTheStatusOfThePass) {
+  EXPECT_EXIT(platform::runToExit([] { return 3; }), testing::ExitedWithCode(3), "^$");
 }
 
 }  // namespace

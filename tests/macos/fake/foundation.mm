@@ -1,73 +1,108 @@
 #import <Foundation/Foundation.h>
 #include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
 #include "runtime.h"
 #include "text/utf8.h"
-#include "world.h"
+
+extern "C" int __CFConstantStringClassReference[32];
+int __CFConstantStringClassReference[32];
 
 namespace tavik::fake {
+namespace {
+
+struct Object {
+  Class kind;
+  std::any value;
+  std::atomic<long> references = 1;
+};
+
+Object& at(const void* object) { return *static_cast<Object*>(const_cast<void*>(object)); }
+
+Class classFor(const std::any& value) {
+  if (value.type() == typeid(std::string)) return [NSString class];
+  if (value.type() == typeid(double)) return [NSNumber class];
+  if (value.type() == typeid(List)) return [NSArray class];
+  return value.type() == typeid(Dictionary) ? [NSDictionary class] : [NSObject class];
+}
+
+thread_local std::vector<List> pools;
+
+}  // namespace
 
 World& world() {
-  static auto& theOne = *new World;
+  static World theOne;
   return theOne;
 }
 
-id temporaryText(const std::optional<std::string>& value) {
-  return value ? [make([NSString class], *value) autorelease] : nil;
+bool fails(const std::string& operation) { return world().failing.contains(operation); }
+
+void require(bool condition, const char* what) {
+  if (condition) return;
+  std::fprintf(stderr, "misuse: %s\n", what);
+  std::abort();
 }
 
-Maker text(std::string value) {
-  return [=] { return make([NSString class], value); };
+Held object(const std::any& value, Class kind) { return {new Object{kind, value}, CFRelease}; }
+Held object(const std::any& value) { return object(value, classFor(value)); }
+
+Held retain(const void* object) { return {CFRetain(object), CFRelease}; }
+
+id lend(const Held& held) {
+  require(!pools.empty(), "there is a pool to take what is lent");
+  pools.back().push_back(held);
+  return as<id>(held);
 }
-Maker number(double value) {
-  return [=] { return make([NSNumber class], value); };
-}
-Maker boolean(bool value) {
-  return [=] { return make([NSNumber class], value, "CFBoolean"); };
-}
-Maker null() {
-  return [] { return create<CFTypeRef>("CFNull", {}); };
-}
-Maker list(std::vector<Maker> makers) {
-  return [=] {
-    List values;
-    for (const auto& maker : makers) values.push_back(hold(maker()));
-    return make([NSArray class], values);
-  };
+
+/// A string constant consists of a class, for one of Core Foundation a word of flags, and the bytes.
+std::any& anyOf(const void* object) {
+  const auto* const words = static_cast<const char* const*>(object);
+  const bool isCore = words[0] == reinterpret_cast<const char*>(&__CFConstantStringClassReference);
+  if (!isCore && at(object).kind != [NSConstantString class]) return at(object).value;
+  static std::map<const void*, std::any> constants;
+  return constants.try_emplace(object, std::string(words[isCore ? 2 : 1])).first->second;
 }
 
 }  // namespace tavik::fake
 
 using namespace tavik::fake;
 
-const CFAllocatorRef kCFAllocatorDefault = nullptr;
-struct CFArrayCallBacks {
-} const kCFTypeArrayCallBacks;
-struct CFDictionaryKeyCallBacks {
-} const kCFTypeDictionaryKeyCallBacks;
-struct CFDictionaryValueCallBacks {
-} const kCFTypeDictionaryValueCallBacks;
+/// LeakSanitizer: what the Objective-C runtime allocates while it loads classes is never freed.
+extern "C" const char* __lsan_default_suppressions() { return "leak:objc_malloc\n"; }
+extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
 
-CFTypeID CFNullGetTypeID() { return typeNamed("CFNull"); }
-CFTypeID CFStringGetTypeID() { return typeNamed("NSString"); }
-CFTypeID CFBooleanGetTypeID() { return typeNamed("CFBoolean"); }
-CFTypeID CFNumberGetTypeID() { return typeNamed("NSNumber"); }
-CFTypeID CFArrayGetTypeID() { return typeNamed("NSArray"); }
+CFTypeRef CFRetain(CFTypeRef object) { return ++at(object).references, object; }
+void CFRelease(CFTypeRef object) {
+  if (--at(object).references == 0) delete &at(object);
+}
+CFTypeID CFGetTypeID(CFTypeRef object) { return anyOf(object).type().hash_code(); }
+
+const CFAllocatorRef kCFAllocatorDefault = nullptr;
+const CFArrayCallBacks kCFTypeArrayCallBacks = {};
+const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {};
+const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {};
+
+CFTypeID CFNullGetTypeID() { return typeOf<std::nullptr_t>(); }
+CFTypeID CFStringGetTypeID() { return typeOf<std::string>(); }
+CFTypeID CFBooleanGetTypeID() { return typeOf<bool>(); }
+CFTypeID CFNumberGetTypeID() { return typeOf<double>(); }
+CFTypeID CFArrayGetTypeID() { return typeOf<List>(); }
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex count, CFStringEncoding encoding,
                                     Boolean isExternal) {
   require(encoding == kCFStringEncodingUTF8 && isExternal == 0, "UTF-8 without a byte-order mark");
-  const std::string value(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(count));
-  return tavik::text::isValidUTF8(value) ? create<CFStringRef>("NSString", value) : nullptr;
+  const std::string value(bytes, bytes + count);
+  return tavik::text::isValidUTF8(value) ? give<CFStringRef>(text(value)) : nullptr;
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {
-  CFIndex units = 0;
+  CFIndex units = 0;  // none for a continuation byte, a surrogate pair for the first byte of four
   for (const char byte : valueOf<std::string>(string)) {
-    units += (byte & 0xC0) != 0x80 ? 1 : 0;  // no continuation
-    units += (byte & 0xF8) == 0xF0 ? 1 : 0;  // a surrogate pair
+    units += (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1;
   }
   return units;
 }
@@ -94,19 +129,18 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
 }
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value) {
   require(type == kCFNumberDoubleType, "numbers are double");
-  return static_cast<CFNumberRef>(number(*static_cast<const double*>(value))());
+  return give<CFNumberRef>(object(*static_cast<const double*>(value)));
 }
 
 CFArrayRef CFArrayCreate(CFAllocatorRef, const void** values, CFIndex count, const CFArrayCallBacks* callBacks) {
   require(callBacks == &kCFTypeArrayCallBacks, "an array owns its values");
-  List list;
-  for (CFIndex i = 0; i < count; ++i) list.push_back(hold(CFRetain(values[i])));
-  return create<CFArrayRef>("NSArray", list);
+  List objects;
+  std::transform(values, values + count, std::back_inserter(objects), retain);
+  return give<CFArrayRef>(list(objects));
 }
 CFIndex CFArrayGetCount(CFArrayRef array) { return std::ssize(valueOf<List>(array)); }
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
-  require(index >= 0 && index < CFArrayGetCount(array), "the index is in the array");
-  return valueOf<List>(array)[static_cast<std::size_t>(index)].get();
+  return valueOf<List>(array).at(static_cast<std::size_t>(index)).get();
 }
 
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void** values, CFIndex count,
@@ -114,26 +148,40 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void
   require(ofKeys == &kCFTypeDictionaryKeyCallBacks && ofValues == &kCFTypeDictionaryValueCallBacks,
           "a dictionary owns its keys and values");
   Dictionary dictionary;
-  for (CFIndex i = 0; i < count; ++i) dictionary[valueOf<std::string>(keys[i])] = hold(CFRetain(values[i]));
-  return create<CFDictionaryRef>("NSDictionary", dictionary);
+  for (CFIndex i = 0; i < count; ++i) dictionary[valueOf<std::string>(keys[i])] = retain(values[i]);
+  return give<CFDictionaryRef>(object(dictionary));
 }
 
 CFMutableDataRef CFDataCreateMutable(CFAllocatorRef, CFIndex capacity) {
   require(capacity == 0, "data of any length");
-  return create<CFMutableDataRef>("CFData", std::string());
+  return give<CFMutableDataRef>(text(""));
 }
 CFIndex CFDataGetLength(CFDataRef data) { return std::ssize(valueOf<std::string>(data)); }
 const UInt8* CFDataGetBytePtr(CFDataRef data) {
   return reinterpret_cast<const UInt8*>(valueOf<std::string>(data).data());
 }
 
+@implementation NSObject
+TAVIK_ANSWER(+(instancetype)alloc, give<id>(object({}, self)))
+TAVIK_ANSWER(+(instancetype) new, [[self alloc] init])
+TAVIK_ANSWER(+(Class) class, self)
+TAVIK_ANSWER(-(instancetype)init, self)
+TAVIK_ANSWER(-(BOOL)isKindOfClass : (Class)kind, at(self).kind == kind)
+TAVIK_ANSWER(-(instancetype)retain, (CFRetain(self), self))
+TAVIK_ANSWER(-(void)release, CFRelease(self))
+@end
+
+@implementation NSAutoreleasePool
+TAVIK_ANSWER(-(instancetype)init, (pools.emplace_back(), self))
+TAVIK_ANSWER(-(void)drain, (pools.pop_back(), CFRelease(self)))
+@end
+
 @implementation NSString
 - (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding {
   require(encoding == NSUTF8StringEncoding, "UTF-8");
-  std::string value(static_cast<const char*>(bytes), length);
-  if (tavik::text::isValidUTF8(value)) return anyOf(self) = std::move(value), self;
-  [self release];
-  return nil;
+  const std::string value(static_cast<const char*>(bytes), length);
+  if (tavik::text::isValidUTF8(value)) return anyOf(self) = value, self;
+  return [self release], nil;
 }
 @end
 
@@ -145,44 +193,39 @@ TAVIK_ANSWER(-(double)doubleValue, valueOf<double>(self))
 @end
 
 @implementation NSArray
-TAVIK_ANSWER(+(instancetype)arrayWithObject : (id)element, [make(self, List{hold(CFRetain(element))}) autorelease])
+TAVIK_ANSWER(+(instancetype)arrayWithObject : (id)element, lend(list({retain(element)})))
 TAVIK_ANSWER(-(instancetype)init, (anyOf(self) = List{}, self))
-TAVIK_ANSWER(-(id)objectAtIndex : (NSUInteger)index, objectOf(valueOf<List>(self).at(index)))
+TAVIK_ANSWER(-(id)objectAtIndex : (NSUInteger)index, as<id>(valueOf<List>(self).at(index)))
 TAVIK_ANSWER(-(NSUInteger)count, valueOf<List>(self).size())
 @end
 
 @implementation NSDictionary
 - (id)objectForKey:(id)key {
-  const auto& dictionary = valueOf<Dictionary>(self);
-  const auto found = dictionary.find(valueOf<std::string>(key));
-  return found != dictionary.end() ? objectOf(found->second) : nil;
+  const auto found = valueOf<Dictionary>(self).find(valueOf<std::string>(key));
+  return found != valueOf<Dictionary>(self).end() ? as<id>(found->second) : nil;
 }
 @end
 
 @implementation NSError
-TAVIK_ANSWER(-(NSString*)localizedDescription, temporaryText("denied"))
+TAVIK_ANSWER(-(NSString*)localizedDescription, lend(text("denied")))
 @end
 
 @implementation NSBundle
-TAVIK_ANSWER(+(NSBundle*)mainBundle, shared(self))
+TAVIK_ANSWER(+(NSBundle*)mainBundle, lend(object({}, self)))
 - (NSString*)pathForResource:(NSString*)name ofType:(NSString*)type {
   const auto file = valueOf<std::string>(name) + "." + valueOf<std::string>(type);
-  return temporaryText(file == "perception-sensitive-apps.yaml" ? world().resource : std::nullopt);
+  return lend(file == "perception-sensitive-apps.yaml" ? world().resource : std::nullopt, [NSString class]);
 }
 @end
 
 @implementation NSFileManager
-TAVIK_ANSWER(+(NSFileManager*)defaultManager, shared(self))
+TAVIK_ANSWER(+(NSFileManager*)defaultManager, lend(object({}, self)))
 TAVIK_ANSWER(-(BOOL)fileExistsAtPath : (NSString*)path, std::filesystem::exists(valueOf<std::string>(path)))
 @end
 
 @implementation NSProcessInfo
-TAVIK_ANSWER(+(NSProcessInfo*)processInfo, shared(self))
-- (NSDictionary<NSString*, NSString*>*)environment {
-  Dictionary variables;
-  for (const auto& [name, value] : world().environment) variables[name] = hold(text(value)());
-  return [make([NSDictionary class], variables) autorelease];
-}
+TAVIK_ANSWER(+(NSProcessInfo*)processInfo, lend(object({}, self)))
+TAVIK_ANSWER(-(NSDictionary*)environment, lend(object(world().environment)))
 @end
 
-NSString* NSUserName() { return temporaryText("ada"); }
+NSString* NSUserName() { return lend(text("ada")); }

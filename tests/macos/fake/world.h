@@ -1,31 +1,41 @@
 #pragma once
 
+#include <ApplicationServices/ApplicationServices.h>
+#include <any>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
+
+#include "platform/screen_capture.h"
 
 namespace tavik::fake {
 
-/// Makes one value with one reference, or none at all.
-using Maker = std::function<const void*()>;
+/// One reference to an object of the fake frameworks, or none, for as long as this or a copy exists.
+using Held = std::shared_ptr<const void>;
+using List = std::vector<Held>;                           ///< the value of an array
+using Dictionary = std::map<std::string, Held>;           ///< the value of a dictionary
+using Geometry = std::variant<CGPoint, CGSize, AXError>;  ///< the value of an AXValue
+/// The value of an element: the attributes that it has. One that is null has no value.
+struct Element {
+  Dictionary attributes = {};
+};
+/// The value of an attribute that nobody may ask for.
+struct Untouchable {};
+
+/// A new object with this value: one of the above, a string, a double, a bool, or nullptr for CFNull.
+Held object(const std::any& value);
 /// What stands for an unpaired surrogate in the strings of this world, which are UTF-8 otherwise.
 inline constexpr char kUnpairedSurrogate = '\xFF';
-Maker text(std::string value);
-Maker number(double value);
-Maker boolean(bool value);
-Maker null();
-Maker list(std::vector<Maker> values);
-Maker point(double x, double y);
-Maker size(double width, double height);
-
-/// The attributes of an element by name; the others are missing.
-using Element = std::map<std::string, Maker>;
-Maker element(Element attributes);
+inline Held text(const std::string& value) { return object(value); }
+inline Held list(const List& values) { return object(values); }
+inline Held point(double x, double y) { return object(Geometry(CGPoint{x, y})); }
+inline Held size(double width, double height) { return object(Geometry(CGSize{width, height})); }
+inline Held element(const Dictionary& attributes) { return object(Element{attributes}); }
 
 struct Application {
   std::int32_t pid = 0;
@@ -34,35 +44,23 @@ struct Application {
   Element tree = {};
 };
 
-struct ListedWindow {
-  std::uint32_t number = 0;
-  std::optional<std::int32_t> pid = {};
-  double x = 0, y = 0, width = 0, height = 0;
-  bool isOnScreen = true;
-  long layer = 0;
-};
-
-struct ListedDisplay {
-  std::uint32_t number = 0;
-  long width = 0, height = 0;
-};
-
 /// Everything that the fakes answer from.
 struct World {
-  std::map<std::string, std::string> environment = {};
+  Dictionary environment = {};
   std::optional<std::string> resource = {};  ///< the path of the policy that came with the program
   std::vector<Application> applications = {};
-  std::optional<std::int32_t> frontmost = {};
+  std::optional<Application> frontmost = {};
   std::optional<double> scale = {};  ///< nothing: there is no main screen
-  Maker screenNumber = {};           ///< null: the main screen has none
-  std::vector<ListedDisplay> displays = {};
-  std::vector<ListedWindow> windows = {};
+  Dictionary screen = {};            ///< the description of the main screen
+  int patience = 1000;               ///< how many reads of attributes applications answer
+  std::vector<platform::Display> displays = {};
+  std::vector<platform::Window> windows = {};
   std::set<std::string> failing = {};  ///< what fails: names of functions, and others that the fakes ask for
 };
 
 World& world();
 
-/// What somebody still owns once all handlers have been called, line by line.
-std::string liveObjects();
+/// Returns when every completion handler has been called.
+void waitForHandlers();
 
 }  // namespace tavik::fake

@@ -11,8 +11,7 @@ enum NSApplicationActivationPolicy : NSInteger {
 
 @interface NSRunningApplication : NSObject
 @property(readonly) pid_t processIdentifier;
-@property(readonly, copy) NSString* bundleIdentifier;
-@property(readonly, copy) NSString* localizedName;
+@property(readonly, copy) NSString *bundleIdentifier, *localizedName;
 @property(readonly) NSApplicationActivationPolicy activationPolicy;
 + (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)bundleIdentifier;
 @end

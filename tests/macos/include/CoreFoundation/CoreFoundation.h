@@ -1,8 +1,5 @@
 // The part of CoreFoundation that the backend uses, declared anew so that it compiles where there is no Apple SDK.
 #pragma once
-#if defined(__APPLE__) && !defined(TAVIK_OWN_DECLARATIONS)
-#error "an Apple build takes the SDK's headers"
-#endif
 
 #include <cstddef>
 #include <cstdint>
@@ -23,14 +20,13 @@ using CFDataRef = const struct __CFData*;
 using CFMutableDataRef = struct __CFData*;
 
 struct CFRange {
-  CFIndex location;
-  CFIndex length;
+  CFIndex location, length;
 };
 inline CFRange CFRangeMake(CFIndex location, CFIndex length) { return {location, length}; }
 
-struct CFArrayCallBacks;
-struct CFDictionaryKeyCallBacks;
-struct CFDictionaryValueCallBacks;
+struct CFArrayCallBacks {};
+struct CFDictionaryKeyCallBacks {};
+struct CFDictionaryValueCallBacks {};
 
 enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
 enum CFNumberType : CFIndex { kCFNumberDoubleType = 13 };

@@ -11,12 +11,10 @@ using CGContextRef = struct CGContext*;
 using CGColorSpaceRef = struct CGColorSpace*;
 
 struct CGPoint {
-  CGFloat x;
-  CGFloat y;
+  CGFloat x, y;
 };
 struct CGSize {
-  CGFloat width;
-  CGFloat height;
+  CGFloat width, height;
 };
 struct CGRect {
   CGPoint origin;

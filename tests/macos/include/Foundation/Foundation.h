@@ -1,7 +1,7 @@
 // The part of Foundation that the backend uses, declared anew so that it compiles where there is no Apple SDK.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
 #include <sys/types.h>
 
 #ifdef __arm64__
@@ -15,14 +15,11 @@ using BOOL = signed char;
 
 using NSInteger = long;
 using NSUInteger = unsigned long;
-using CGFloat = double;
 using NSStringEncoding = NSUInteger;
 enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 
 __attribute__((objc_root_class))
-@interface NSObject {
-  Class itsClass;
-}
+@interface NSObject
 + (instancetype)alloc;
 + (instancetype)new;
 + (Class)class;
@@ -31,7 +28,6 @@ __attribute__((objc_root_class))
 #if !__has_feature(objc_arc)
 - (instancetype)retain;
 - (void)release;
-- (instancetype)autorelease;
 @end
 
 @interface NSAutoreleasePool : NSObject
@@ -43,10 +39,7 @@ __attribute__((objc_root_class))
 - (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding;
 @end
 
-@interface NSConstantString : NSString {
-  const char* bytes;
-  unsigned count;
-}
+@interface NSConstantString : NSString
 @end
 
 @interface NSNumber : NSObject
@@ -82,6 +75,4 @@ __attribute__((objc_root_class))
 @property(readonly, copy) NSDictionary<NSString*, NSString*>* environment;
 @end
 
-extern "C" {
-NSString* NSUserName();
-}
+extern "C" NSString* NSUserName();

@@ -1,24 +1,19 @@
 // The part of ScreenCaptureKit that the backend uses, declared anew so that it compiles where there is no Apple SDK.
 #pragma once
 
-#import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
 
-#define TAVIK_SINCE(version) __attribute__((availability(macos, introduced = version)))
+#pragma clang attribute push(__attribute__((availability(macos, introduced = 12.3))), apply_to = objc_interface)
 
-TAVIK_SINCE(12.3)
 @interface SCRunningApplication : NSObject
 @property(readonly) pid_t processID;
 @end
 
-TAVIK_SINCE(12.3)
 @interface SCDisplay : NSObject
 @property(readonly) CGDirectDisplayID displayID;
-@property(readonly) NSInteger width;
-@property(readonly) NSInteger height;
+@property(readonly) NSInteger width, height;
 @end
 
-TAVIK_SINCE(12.3)
 @interface SCWindow : NSObject
 @property(readonly) CGWindowID windowID;
 @property(readonly) CGRect frame;
@@ -27,7 +22,6 @@ TAVIK_SINCE(12.3)
 @property(readonly, getter=isOnScreen) BOOL onScreen;
 @end
 
-TAVIK_SINCE(12.3)
 @interface SCShareableContent : NSObject
 @property(readonly) NSArray<SCDisplay*>* displays;
 @property(readonly) NSArray<SCWindow*>* windows;
@@ -37,22 +31,21 @@ TAVIK_SINCE(12.3)
                                      (void (^)(SCShareableContent* content, NSError* error))completionHandler;
 @end
 
-TAVIK_SINCE(12.3)
 @interface SCContentFilter : NSObject
 - (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray<SCWindow*>*)excluded;
 - (instancetype)initWithDisplay:(SCDisplay*)display includingWindows:(NSArray<SCWindow*>*)included;
 @end
 
-TAVIK_SINCE(12.3)
 @interface SCStreamConfiguration : NSObject
-@property std::size_t width;
-@property std::size_t height;
+@property std::size_t width, height;
 @property CGRect sourceRect;
 @property BOOL showsCursor;
 @property NSInteger queueDepth;
 @end
 
-TAVIK_SINCE(14.0)
+#pragma clang attribute pop
+
+__attribute__((availability(macos, introduced = 14.0)))
 @interface SCScreenshotManager : NSObject
 + (void)captureImageWithFilter:(SCContentFilter*)filter
                  configuration:(SCStreamConfiguration*)configuration

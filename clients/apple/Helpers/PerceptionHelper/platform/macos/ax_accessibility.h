@@ -6,8 +6,8 @@
 
 namespace tavik::platform::macos {
 
-/// The Accessibility API. Every read is a message to the application, which blocks for as long as the system waits for
-/// an answer (about 6 s).
+/// The Accessibility API. Every read is a message to the application and blocks until it answers, or until the system
+/// gives up (after about 6 s).
 std::unique_ptr<Accessibility> makeAccessibility();
 
 }  // namespace tavik::platform::macos

@@ -12,7 +12,7 @@ struct AXAccessibility final : Accessibility {
   bool isProcessTrusted() override { return AXIsProcessTrusted() != 0; }
 
   UIElementRef createApplication(std::int32_t processIdentifier) override {
-    return makeElement(CFRef(AXUIElementCreateApplication(processIdentifier)));
+    return makeElement(adopted(AXUIElementCreateApplication(processIdentifier)));
   }
 
   void prefetch(const UIElementRef& element, const WalkPlan& plan) override { readInBatches(element, plan); }

@@ -10,9 +10,9 @@ namespace tavik::platform::macos {
 /// An element of the Accessibility API. Every attribute is read when it is asked for.
 UIElementRef makeElement(CFRef<AXUIElementRef> element);
 
-/// From now on the element, and what the plan has below it, reads all of the plan's attributes in one message, when the
-/// first of them is asked for. Every answer is the single read's; what a batch
-/// does not tell for certain is read singly. `element` is one of this backend's.
+/// From now on the element, and every element that the plan visits below it, reads all of the plan's attributes in one
+/// message when the first of them is asked for. The answers are those of single reads: what a batch leaves in doubt is
+/// read singly. `element` is one of this backend's.
 void readInBatches(const UIElementRef& element, const WalkPlan& plan);
 
 }  // namespace tavik::platform::macos

@@ -29,7 +29,7 @@ class AXElement final : public UIElement {
     return known != answers_.end() ? known->second : readSingly(name);
   }
 
-  /// `plan` counts depths from this element on.
+  /// The depths of `plan` count from this element.
   void readInBatches(const WalkPlan& plan) { plan_ = plan; }
 
  private:
@@ -44,7 +44,7 @@ class AXElement final : public UIElement {
   void readBatch(const WalkPlan& plan);
 
   CFRef<AXUIElementRef> element_;
-  std::optional<WalkPlan> plan_ = {};  ///< nothing when no batch is to be read, or when it has been
+  std::optional<WalkPlan> plan_ = {};  ///< nothing: no batch is to be read, or it has been
   Answers answers_ = {};
 };
 
@@ -52,11 +52,11 @@ CFRef<CFArrayRef> makeArray(std::span<const std::string_view> names) {
   std::vector<CFRef<CFStringRef>> strings;
   std::vector<const void*> values;
   for (const auto name : names) values.push_back(strings.emplace_back(makeString(name)).get());
-  return CFRef(
+  return adopted(
       CFArrayCreate(kCFAllocatorDefault, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeArrayCallBacks));
 }
 
-/// What the plan reads of an element whose children are not visited.
+/// What is read of an element whose children are not visited.
 std::vector<std::string_view> withoutChildren(std::span<const std::string_view> attributes) {
   std::vector<std::string_view> names;
   std::ranges::remove_copy(attributes, std::back_inserter(names), kChildren);

@@ -6,14 +6,14 @@
 
 namespace tavik::platform::macos {
 
-/// What a value of the Accessibility API is. An array counts as a list of elements when nothing else is in it; an
-/// AXValue that is neither a point nor a size counts as another value. `value` is borrowed and not null.
+/// A value of the Accessibility API as the program sees it. An array that holds anything but elements is another value,
+/// and so is an AXValue that is neither a point nor a size. `value` is borrowed and not null.
 AttributeValue attributeValue(CFTypeRef value);
 
-/// True for what a batch holds in the place of an attribute that an element has not, or that has no value.
+/// True for what a batch holds in place of an attribute that the element does not have, or that has no value.
 bool isAbsence(CFTypeRef value);
 
-/// True for what a batch holds in the place of a value that it could not read, whatever the reason.
+/// True for what a batch holds in place of a value that could not be read, for whatever reason.
 bool isPlaceholder(CFTypeRef value);
 
 }  // namespace tavik::platform::macos

@@ -12,13 +12,13 @@ namespace {
 static_assert(kAXValueTypeCGPoint == 1 && kAXValueTypeCGSize == 2 && kAXValueTypeAXError == 5);
 static_assert(kAXErrorAttributeUnsupported == -25205 && kAXErrorNoValue == -25212);
 
-/// The value under its own type, which the caller has tested.
+/// The value as its own type, which the caller has checked.
 template <class Ref>
 Ref as(CFTypeRef value) {
   return static_cast<Ref>(value);
 }
 
-/// What an AXValue of this type holds; nothing when it is of another one.
+/// What an AXValue of this type holds; nothing when the value is of another type.
 template <class Value>
 std::optional<Value> contentOf(CFTypeRef value, AXValueType type) {
   Value content{};
@@ -30,7 +30,7 @@ std::optional<Value> contentOf(CFTypeRef value, AXValueType type) {
 
 double numberOf(CFNumberRef number) {
   double value = 0;
-  CFNumberGetValue(number, kCFNumberDoubleType, &value);  // what it answers is whether nothing was lost
+  CFNumberGetValue(number, kCFNumberDoubleType, &value);  // its result says whether the conversion was exact
   return value;
 }
 
@@ -39,7 +39,7 @@ AttributeValue elementsOf(CFArrayRef array) {
   for (CFIndex i = 0; i < CFArrayGetCount(array); ++i) {
     const CFTypeRef member = CFArrayGetValueAtIndex(array, i);
     if (member == nullptr || CFGetTypeID(member) != AXUIElementGetTypeID()) return OtherValue{};
-    elements.push_back(makeElement(CFRef<AXUIElementRef>::retaining(as<AXUIElementRef>(member))));
+    elements.push_back(makeElement(retained(as<AXUIElementRef>(member))));
   }
   return elements;
 }
@@ -60,7 +60,7 @@ AttributeValue attributeValue(CFTypeRef value) {
   if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(as<CFBooleanRef>(value)) != 0;
   if (type == CFNumberGetTypeID()) return numberOf(as<CFNumberRef>(value));
   if (type == CFArrayGetTypeID()) return elementsOf(as<CFArrayRef>(value));
-  if (type == AXUIElementGetTypeID()) return makeElement(CFRef<AXUIElementRef>::retaining(as<AXUIElementRef>(value)));
+  if (type == AXUIElementGetTypeID()) return makeElement(retained(as<AXUIElementRef>(value)));
   return geometryOf(value);
 }
 

@@ -7,7 +7,7 @@
 
 namespace tavik::platform::macos {
 
-/// The string as valid UTF-8, with '?' in the place of every unpaired surrogate. Empty for null.
+/// The string as valid UTF-8, with '?' in place of every unpaired surrogate. Empty for null.
 std::string utf8Of(CFStringRef string);
 
 /// A string of these bytes; none when they are not valid UTF-8.

@@ -18,8 +18,8 @@ std::string utf8Of(CFStringRef string) {
 }
 
 CFRef<CFStringRef> makeString(std::string_view utf8) {
-  return CFRef<CFStringRef>(CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-                                                    static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
+  return adopted(CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
+                                         static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false));
 }
 
 }  // namespace tavik::platform::macos

@@ -10,24 +10,24 @@ static_assert(kCGImageAlphaPremultipliedLast == 1);
 static_assert(kCGInterpolationHigh == 3);
 
 CFRef<CGColorSpaceRef> colorSpaceOf(CGImageRef image) {
-  auto own = CFRef<CGColorSpaceRef>::retaining(CGImageGetColorSpace(image));
-  return own ? own : CFRef(CGColorSpaceCreateDeviceRGB());
+  auto own = retained(CGImageGetColorSpace(image));
+  return own ? own : adopted(CGColorSpaceCreateDeviceRGB());
 }
 
-/// Null when there is no such bitmap.
+/// Null when no such bitmap can be made.
 CFRef<CGContextRef> makeBitmapContext(PixelSize size, CGColorSpaceRef colorSpace) {
   constexpr std::size_t kBitsPerComponent = 8, kItsOwnBytesPerRow = 0;
-  return CFRef(CGBitmapContextCreate(nullptr, static_cast<std::size_t>(size.width),
-                                     static_cast<std::size_t>(size.height), kBitsPerComponent, kItsOwnBytesPerRow,
-                                     colorSpace, kCGImageAlphaPremultipliedLast));
+  return adopted(CGBitmapContextCreate(nullptr, static_cast<std::size_t>(size.width),
+                                       static_cast<std::size_t>(size.height), kBitsPerComponent, kItsOwnBytesPerRow,
+                                       colorSpace, kCGImageAlphaPremultipliedLast));
 }
 
 CFRef<CFDictionaryRef> propertiesFor(std::optional<double> quality) {
-  const CFRef number(quality ? CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &*quality) : nullptr);
+  const auto number = adopted(quality ? CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &*quality) : nullptr);
   const void* key = kCGImageDestinationLossyCompressionQuality;
   const void* value = number.get();
-  return CFRef(CFDictionaryCreate(kCFAllocatorDefault, &key, &value, number ? 1 : 0, &kCFTypeDictionaryKeyCallBacks,
-                                  &kCFTypeDictionaryValueCallBacks));
+  return adopted(CFDictionaryCreate(kCFAllocatorDefault, &key, &value, number ? 1 : 0, &kCFTypeDictionaryKeyCallBacks,
+                                    &kCFTypeDictionaryValueCallBacks));
 }
 
 class CoreGraphicsImage final : public Image {
@@ -46,14 +46,14 @@ class CoreGraphicsImage final : public Image {
     CGContextSetInterpolationQuality(context.get(), kCGInterpolationHigh);
     const auto whole = CGRectMake(0, 0, static_cast<CGFloat>(size.width), static_cast<CGFloat>(size.height));
     CGContextDrawImage(context.get(), whole, image_.get());
-    CFRef image(CGBitmapContextCreateImage(context.get()));
+    auto image = adopted(CGBitmapContextCreateImage(context.get()));
     return image ? makeImage(std::move(image)) : nullptr;
   }
 
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
-    const CFRef data(CFDataCreateMutable(kCFAllocatorDefault, 0));
+    const auto data = adopted(CFDataCreateMutable(kCFAllocatorDefault, 0));
     const CFStringRef identifier = type == ImageType::png ? CFSTR("public.png") : CFSTR("public.jpeg");
-    const CFRef destination(CGImageDestinationCreateWithData(data.get(), identifier, 1, nullptr));
+    const auto destination = adopted(CGImageDestinationCreateWithData(data.get(), identifier, 1, nullptr));
     if (!destination) return std::nullopt;
     CGImageDestinationAddImage(destination.get(), image_.get(), propertiesFor(quality).get());
     if (!CGImageDestinationFinalize(destination.get())) return std::nullopt;

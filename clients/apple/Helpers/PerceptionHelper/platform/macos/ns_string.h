@@ -20,9 +20,7 @@ inline std::optional<std::string> utf8Of(NSString* string) {
 
 /// A string of these bytes; nil when they are not valid UTF-8.
 inline ObjCRef<NSString*> makeNSString(std::string_view utf8) {
-  return ObjCRef<NSString*>::owning([[NSString alloc] initWithBytes:utf8.data()
-                                                             length:utf8.size()
-                                                           encoding:NSUTF8StringEncoding]);
+  return adopted([[NSString alloc] initWithBytes:utf8.data() length:utf8.size() encoding:NSUTF8StringEncoding]);
 }
 
 }  // namespace tavik::platform::macos

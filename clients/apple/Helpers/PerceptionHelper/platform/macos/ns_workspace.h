@@ -6,7 +6,7 @@
 
 namespace tavik::platform::macos {
 
-/// AppKit's applications and screens. What changes in them is renewed only while the main run loop runs.
+/// AppKit's applications and screens. They are brought up to date only while the main run loop runs.
 std::unique_ptr<Workspace> makeWorkspace();
 
 }  // namespace tavik::platform::macos

@@ -14,8 +14,7 @@ static_assert(NSApplicationActivationPolicyProhibited == static_cast<NSInteger>(
 
 class AppKitApplication final : public RunningApplication {
  public:
-  explicit AppKitApplication(NSRunningApplication* application)
-      : application_(ObjCRef<NSRunningApplication*>::retaining(application)) {}
+  explicit AppKitApplication(NSRunningApplication* application) : application_(retained(application)) {}
 
   std::int32_t processIdentifier() override { return [application_.get() processIdentifier]; }
   std::optional<std::string> bundleIdentifier() override { return utf8Of([application_.get() bundleIdentifier]); }
@@ -36,7 +35,7 @@ std::vector<RunningApplicationRef> toApplications(NSArray<NSRunningApplication*>
   return result;
 }
 
-/// The number as an integer; nothing when it is none, or a fraction.
+/// The object as an integer; nothing when it is not a number, or not a whole one.
 std::optional<std::int64_t> integerOf(id object) {
   if (![object isKindOfClass:[NSNumber class]]) return std::nullopt;
   const auto integer = truncated([object doubleValue]);

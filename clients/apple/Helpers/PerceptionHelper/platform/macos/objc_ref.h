@@ -1,26 +1,28 @@
 #pragma once
 
 #import <Foundation/Foundation.h>
+#include <concepts>
 #include <utility>
 
 namespace tavik::platform::macos {
 
+template <std::convertible_to<id> Object>
+class ObjCRef;
+
+/// Takes over a reference that the caller owns: what alloc, new and copy return.
+template <std::convertible_to<id> Object>
+[[nodiscard]] ObjCRef<Object> adopted(Object owned);
+
+/// Adds a reference to a borrowed object: what every other method returns. None for nil.
+template <std::convertible_to<id> Object>
+[[nodiscard]] ObjCRef<Object> retained(Object borrowed);
+
 /// One reference to an Objective-C object, or none; with automatic reference counting and without.
-template <class Object>
+template <std::convertible_to<id> Object>
 class ObjCRef {
  public:
   ObjCRef() = default;
-  /// Takes over a reference that the caller owns: what alloc, new and copy return.
-  static ObjCRef owning(Object owned) {
-    ObjCRef reference;
-    reference.object_ = owned;
-    return reference;
-  }
-#if __has_feature(objc_arc)
-  static ObjCRef retaining(Object borrowed) { return owning(borrowed); }
-#else
-  /// A reference of its own to a borrowed object: what every other method returns. None to nil.
-  static ObjCRef retaining(Object borrowed) { return owning([borrowed retain]); }
+#if !__has_feature(objc_arc)
   ObjCRef(const ObjCRef& other) : object_([other.object_ retain]) {}
   ObjCRef(ObjCRef&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
   ObjCRef& operator=(ObjCRef other) noexcept {
@@ -33,7 +35,24 @@ class ObjCRef {
   Object get() const { return object_; }
 
  private:
+  friend ObjCRef adopted<Object>(Object owned);
+  explicit ObjCRef(Object owned) : object_(owned) {}
+
   Object object_ = nil;
 };
+
+template <std::convertible_to<id> Object>
+ObjCRef<Object> adopted(Object owned) {
+  return ObjCRef<Object>(owned);
+}
+
+template <std::convertible_to<id> Object>
+ObjCRef<Object> retained(Object borrowed) {
+#if __has_feature(objc_arc)
+  return adopted(borrowed);
+#else
+  return adopted([borrowed retain]);
+#endif
+}
 
 }  // namespace tavik::platform::macos

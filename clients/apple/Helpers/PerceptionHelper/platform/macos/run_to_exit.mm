@@ -9,7 +9,7 @@
 namespace tavik::platform {
 
 void runToExit(std::function<std::int32_t()> pass) {
-  CGMainDisplayID();  // a tool without a user interface is not connected to the window server before
+  CGMainDisplayID();  // connects a tool without a user interface to the window server
   std::thread worker([pass = std::move(pass)] {
     std::int32_t status = 0;
     @autoreleasepool {
@@ -17,7 +17,7 @@ void runToExit(std::function<std::int32_t()> pass) {
     }
     std::exit(status);
   });
-  CFRunLoopRun();  // until the process ends: the main queue is always something to wait for
+  CFRunLoopRun();  // until the process ends: the main queue keeps the loop from running out of sources
   worker.join();
   std::abort();
 }

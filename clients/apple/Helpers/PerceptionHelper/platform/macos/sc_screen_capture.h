@@ -6,7 +6,7 @@
 
 namespace tavik::platform::macos {
 
-/// ScreenCaptureKit. Completion handlers are called on threads of the system's. What is captured was listed before.
+/// ScreenCaptureKit. Completion handlers are called on the system's threads. Only what was listed can be captured.
 std::unique_ptr<ScreenCapture> makeScreenCapture();
 
 }  // namespace tavik::platform::macos

@@ -53,23 +53,22 @@ SCWindow* findWindow(SCShareableContent* content, std::uint32_t windowID) {
   return nil;
 }
 
-/// Nil when the display or the window is not among the content.
+/// Nil when the display or the window is not in the content.
 ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentFilter& filter) {
   SCDisplay* const display = findDisplay(content, filter.display.displayID);
   SCWindow* const window = filter.includedWindow ? findWindow(content, filter.includedWindow->windowID) : nil;
   if (display == nil || (filter.includedWindow && window == nil)) return {};
-  using Owner = ObjCRef<SCContentFilter*>;
   if (window != nil) {
     NSArray<SCWindow*>* const alone = [NSArray arrayWithObject:window];
-    return Owner::owning([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
+    return adopted([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
   }
-  const auto none = ObjCRef<NSArray<SCWindow*>*>::owning([NSArray new]);
-  return Owner::owning([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
+  const auto none = adopted([NSArray<SCWindow*> new]);
+  return adopted([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
 }
 
-/// The numbers go to the system as they are, negative ones too.
+/// The numbers reach the system unchecked, negative ones too.
 ObjCRef<SCStreamConfiguration*> makeConfiguration(const StreamConfiguration& configuration) {
-  auto result = ObjCRef<SCStreamConfiguration*>::owning([SCStreamConfiguration new]);
+  auto result = adopted([SCStreamConfiguration new]);
   [result.get() setWidth:static_cast<std::size_t>(configuration.width)];
   [result.get() setHeight:static_cast<std::size_t>(configuration.height)];
   if (const auto& rect = configuration.sourceRect) {
@@ -92,7 +91,7 @@ class ScreenCaptureKit final : public ScreenCapture {
                                                    if (error != nil || content == nil) {
                                                      return completionHandler(toError(error));
                                                    }
-                                                   content_ = ObjCRef<SCShareableContent*>::retaining(content);
+                                                   content_ = retained(content);
                                                    completionHandler(toShareableContent(content));
                                                  }];
   }
@@ -105,12 +104,12 @@ class ScreenCaptureKit final : public ScreenCapture {
                                   configuration:makeConfiguration(configuration).get()
                               completionHandler:^(CGImageRef image, NSError* error) {
                                 if (error != nil || image == nullptr) return completionHandler(toError(error));
-                                completionHandler(makeImage(CFRef<CGImageRef>::retaining(image)));
+                                completionHandler(makeImage(retained(image)));
                               }];
   }
 
  private:
-  /// What was listed last: filters are made of its objects. Nobody reads it before the handler has been called.
+  /// What was listed last: filters are made from its objects. It is not read before the listing handler is called.
   ObjCRef<SCShareableContent*> content_ = {};
 };
 

@@ -1,0 +1,118 @@
+#import <AppKit/AppKit.h>
+#include <ApplicationServices/ApplicationServices.h>
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <unistd.h>
+
+#include "runtime.h"
+
+using namespace tavik::fake;
+
+namespace {
+
+std::atomic<bool> mainLoopRuns = false;
+
+/// Counts a read, single or batched.
+void beAsked() { require(world().patience-- > 0, "a message that could have been spared"); }
+
+/// What an attribute holds; nothing when the element does not have it.
+const Held* attributeOf(AXUIElementRef element, CFTypeRef name) {
+  const auto& attributes = valueOf<Element>(element).attributes;
+  const auto found = attributes.find(valueOf<std::string>(name));
+  if (found == attributes.end()) return nullptr;
+  require(!found->second || anyOf(found->second.get()).type() != typeid(Untouchable), "an attribute that nobody needs");
+  return &found->second;
+}
+
+/// The answer of a call that fails, which may leave something in its out-parameter all the same.
+template <class Ref>
+AXError failure(Ref* value) {
+  if (fails("an untouched out-parameter")) *value = give<Ref>(text("hunter2"));
+  return kAXErrorCannotComplete;
+}
+
+/// What a batch holds in place of this attribute.
+Held batched(AXUIElementRef element, CFTypeRef name) {
+  if (fails("a batched " + valueOf<std::string>(name))) return object(Geometry(kAXErrorCannotComplete));
+  const auto* const value = attributeOf(element, name);
+  if (value != nullptr && *value) return *value;
+  if (fails("a reason in a batch")) return object(nullptr);
+  return object(Geometry(value != nullptr ? kAXErrorNoValue : kAXErrorAttributeUnsupported));
+}
+
+}  // namespace
+
+Boolean AXIsProcessTrusted() { return !fails(__func__); }
+CFTypeID AXUIElementGetTypeID() { return typeOf<Element>(); }
+CFTypeID AXValueGetTypeID() { return typeOf<Geometry>(); }
+
+Boolean AXValueGetValue(AXValueRef value, AXValueType type, void* result) {
+  const auto& geometry = valueOf<Geometry>(value);
+  constexpr AXValueType kTypes[] = {kAXValueTypeCGPoint, kAXValueTypeCGSize, kAXValueTypeAXError};
+  if (kTypes[geometry.index()] != type) return 0;
+  std::visit([result](const auto& content) { std::memcpy(result, &content, sizeof content); }, geometry);
+  return 1;
+}
+
+AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
+  const auto found = std::ranges::find(world().applications, pid, &Application::pid);
+  return give<AXUIElementRef>(object(found != world().applications.end() ? found->tree : Element{}));
+}
+
+AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
+  beAsked();
+  require(*value == nullptr, "an out-parameter starts from null");
+  const auto* const held = attributeOf(element, attribute);
+  if (held == nullptr || fails("a single " + valueOf<std::string>(attribute))) return failure(value);
+  *value = give<CFTypeRef>(*held);
+  return kAXErrorSuccess;
+}
+
+AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,
+                                               AXCopyMultipleAttributeOptions options, CFArrayRef* values) {
+  beAsked();
+  require(options == 0 && *values == nullptr, "a batch has no options, and its out-parameter starts from null");
+  if (fails(__func__)) return failure(values);
+  List answers;
+  for (const auto& attribute : valueOf<List>(attributes)) answers.push_back(batched(element, attribute.get()));
+  if (fails("a full batch")) answers.pop_back();
+  *values = give<CFArrayRef>(list(answers));
+  return kAXErrorSuccess;
+}
+
+void CFRunLoopRun() {
+  require(::gettid() == ::getpid(), "the main thread serves the main loop");
+  mainLoopRuns = true;
+  mainLoopRuns.notify_all();
+  while (true) ::pause();
+}
+
+@implementation NSWorkspace
++ (NSWorkspace*)sharedWorkspace {
+  mainLoopRuns.wait(false);  // nothing that it says is renewed before
+  return lend(object({}, self));
+}
+TAVIK_ANSWER(-(NSRunningApplication*)frontmostApplication, lend(world().frontmost, [NSRunningApplication class]))
+TAVIK_ANSWER(-(NSArray*)runningApplications, lend(world().applications, [NSRunningApplication class]))
+@end
+
+@implementation NSRunningApplication
++ (NSArray<NSRunningApplication*>*)runningApplicationsWithBundleIdentifier:(NSString*)identifier {
+  auto applications = world().applications;
+  std::erase_if(applications,
+                [&](const auto& each) { return each.bundleIdentifier != valueOf<std::string>(identifier); });
+  return lend(applications, self);
+}
+TAVIK_ANSWER(-(pid_t)processIdentifier, valueOf<Application>(self).pid)
+TAVIK_ANSWER(-(NSString*)bundleIdentifier, lend(valueOf<Application>(self).bundleIdentifier, [NSString class]))
+TAVIK_ANSWER(-(NSString*)localizedName, lend(valueOf<Application>(self).name, [NSString class]))
+TAVIK_ANSWER(-(NSApplicationActivationPolicy)activationPolicy,
+             static_cast<NSApplicationActivationPolicy>(valueOf<Application>(self).activationPolicy))
+@end
+
+@implementation NSScreen
+TAVIK_ANSWER(+(NSScreen*)mainScreen, lend(world().scale, self))
+TAVIK_ANSWER(-(NSDictionary*)deviceDescription, lend(object(world().screen)))
+TAVIK_ANSWER(-(CGFloat)backingScaleFactor, valueOf<double>(self))
+@end

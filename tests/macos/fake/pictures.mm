@@ -1,0 +1,211 @@
+#import <CoreGraphics/CoreGraphics.h>
+#import <ImageIO/ImageIO.h>
+#import <ScreenCaptureKit/ScreenCaptureKit.h>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "runtime.h"
+
+using namespace tavik::fake;
+using namespace tavik::platform;
+
+/// A block that captures C++ objects, as the compiler lays it out (clang.llvm.org/docs/Block-ABI-Apple.html).
+struct Block {
+  const void* isa;
+  int flags, reserved;
+  void (*invoke)();
+  const struct {
+    unsigned long reserved, size;
+    void (*copy)(void* to, const void* from);
+    void (*dispose)(const void* block);
+  } * descriptor;
+};
+extern "C" void* _NSConcreteStackBlock[32];
+void* _NSConcreteStackBlock[32];
+
+namespace {
+
+/// An image, and a bitmap context: its size, its colour space (or none), and how its content came about.
+struct Picture {
+  std::size_t width, height;
+  Held space;
+  std::string story;
+};
+
+struct Destination {
+  Held data;
+  std::string type, content = {};
+};
+
+std::string described(const Picture& picture) {
+  return std::to_string(picture.width) + "x" + std::to_string(picture.height) + " " + picture.story;
+}
+
+std::atomic<bool> windowServerIsReady = false;
+std::jthread delivery;  ///< the last one, which the next one waits for
+
+std::shared_ptr<void> copied(const Block* block) {
+  require(block->isa == _NSConcreteStackBlock, "a handler is a block on the stack");
+  void* const copy = std::memcpy(std::malloc(block->descriptor->size), block, block->descriptor->size);
+  block->descriptor->copy(copy, block);
+  return {copy, [dispose = block->descriptor->dispose](void* unused) { dispose(unused), std::free(unused); }};
+}
+
+/// Calls the handler, on a thread of its own and with a pool, with a value that is lent for as long as the handler
+/// runs. When the operation fails, the world says whether there is an error and whether the value is withheld.
+template <class Value>
+void answer(const std::string& operation, Held value, void (^handler)(Value, NSError*)) {
+  require(windowServerIsReady, "the window server is set up before anything is captured");
+  const bool hasError = fails(operation) && !fails("giving an error");
+  if (fails(operation) && !fails("withholding the value")) value = nullptr;
+  const auto copy = copied(reinterpret_cast<const Block*>(handler));
+  delivery = std::jthread([=] {
+    @autoreleasepool {
+      NSError* const error = hasError ? lend(object({}, [NSError class])) : nil;
+      reinterpret_cast<void (^)(Value, NSError*)>(copy.get())(as<Value>(value), error);
+    }
+  });
+}
+
+}  // namespace
+
+const CFStringRef kCGImageDestinationLossyCompressionQuality = CFSTR("quality");
+
+std::size_t CGImageGetWidth(CGImageRef image) { return valueOf<Picture>(image).width; }
+std::size_t CGImageGetHeight(CGImageRef image) { return valueOf<Picture>(image).height; }
+CGColorSpaceRef CGImageGetColorSpace(CGImageRef image) { return as<CGColorSpaceRef>(valueOf<Picture>(image).space); }
+CGColorSpaceRef CGColorSpaceCreateDeviceRGB() { return give<CGColorSpaceRef>(text("device RGB")); }
+
+CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t height, std::size_t bitsPerComponent,
+                                   std::size_t bytesPerRow, CGColorSpaceRef space, std::uint32_t bitmapInfo) {
+  require(data == nullptr && bitsPerComponent == 8 && bytesPerRow == 0 && bitmapInfo == 1,
+          "a bitmap of its own, 8 bits, premultiplied alpha last");
+  if (width == 0 || height == 0 || fails(__func__)) return nullptr;
+  return give<CGContextRef>(object(Picture{width, height, retain(space), "in " + valueOf<std::string>(space)}));
+}
+
+void CGContextSetInterpolationQuality(CGContextRef context, CGInterpolationQuality quality) {
+  valueOf<Picture>(context).story += " at quality " + std::to_string(quality);
+}
+
+void CGContextDrawImage(CGContextRef context, CGRect rect, CGImageRef image) {
+  auto& canvas = valueOf<Picture>(context);
+  const auto [width, height] = rect.size;
+  require(rect.origin.x == 0 && rect.origin.y == 0 && width == static_cast<double>(canvas.width) &&
+              height == static_cast<double>(canvas.height),
+          "the picture fills the context");
+  canvas.story += " from " + described(valueOf<Picture>(image));
+}
+
+CGImageRef CGBitmapContextCreateImage(CGContextRef context) {
+  return fails(__func__) ? nullptr : give<CGImageRef>(object(valueOf<Picture>(context)));
+}
+
+CGImageDestinationRef CGImageDestinationCreateWithData(CFMutableDataRef data, CFStringRef type, std::size_t count,
+                                                       CFDictionaryRef options) {
+  require(count == 1 && options == nullptr, "one image, no options");
+  if (fails(__func__)) return nullptr;
+  return give<CGImageDestinationRef>(object(Destination{retain(data), valueOf<std::string>(type)}));
+}
+
+void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image, CFDictionaryRef properties) {
+  auto& content = valueOf<Destination>(destination).content;
+  for (const auto& [key, value] : valueOf<Dictionary>(properties)) {
+    content += key + " " + std::to_string(valueOf<double>(value.get())) + ", ";
+  }
+  content += described(valueOf<Picture>(image));
+}
+
+bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
+  const auto& [data, type, content] = valueOf<Destination>(destination);
+  require(!content.empty(), "there is an image to write");
+  valueOf<std::string>(data.get()) = type + ", " + content;
+  return !fails(__func__);
+}
+
+void tavik::fake::waitForHandlers() { delivery = {}; }
+
+CGDirectDisplayID CGMainDisplayID() {
+  windowServerIsReady = true;
+  return 1;
+}
+bool CGPreflightScreenCaptureAccess() { return !fails(__func__); }
+
+@implementation SCRunningApplication
+TAVIK_ANSWER(-(pid_t)processID, valueOf<OwningApplication>(self).processID)
+@end
+
+@implementation SCDisplay
+TAVIK_ANSWER(-(CGDirectDisplayID)displayID, valueOf<Display>(self).displayID)
+TAVIK_ANSWER(-(NSInteger)width, valueOf<Display>(self).width)
+TAVIK_ANSWER(-(NSInteger)height, valueOf<Display>(self).height)
+@end
+
+@implementation SCWindow
+TAVIK_ANSWER(-(SCRunningApplication*)owningApplication,
+             lend(valueOf<Window>(self).owningApplication, [SCRunningApplication class]))
+- (CGRect)frame {
+  const auto& [x, y, width, height] = valueOf<Window>(self).frame;
+  return CGRectMake(x, y, width, height);
+}
+TAVIK_ANSWER(-(CGWindowID)windowID, valueOf<Window>(self).windowID)
+TAVIK_ANSWER(-(BOOL)isOnScreen, valueOf<Window>(self).isOnScreen)
+TAVIK_ANSWER(-(NSInteger)windowLayer, valueOf<Window>(self).windowLayer)
+@end
+
+@implementation SCShareableContent
++ (void)getShareableContentExcludingDesktopWindows:(BOOL)excludeDesktopWindows
+                               onScreenWindowsOnly:(BOOL)onScreenWindowsOnly
+                                 completionHandler:(void (^)(SCShareableContent*, NSError*))handler {
+  require(!excludeDesktopWindows && onScreenWindowsOnly, "desktop windows too, but only those on screen");
+  answer("listing", object(world(), self), handler);
+}
+TAVIK_ANSWER(-(NSArray*)displays, lend(valueOf<World>(self).displays, [SCDisplay class]))
+TAVIK_ANSWER(-(NSArray*)windows, lend(valueOf<World>(self).windows, [SCWindow class]))
+@end
+
+@implementation SCContentFilter
+- (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray<SCWindow*>*)excluded {
+  require(excluded.count == 0, "no window is left out");
+  anyOf(self) = "display " + std::to_string(display.displayID);
+  return self;
+}
+- (instancetype)initWithDisplay:(SCDisplay*)display includingWindows:(NSArray<SCWindow*>*)included {
+  require(included.count == 1, "one window alone");
+  const auto number = std::to_string([included objectAtIndex:0].windowID);
+  anyOf(self) = "window " + number + " of display " + std::to_string(display.displayID);
+  return self;
+}
+@end
+
+@implementation SCStreamConfiguration
+@dynamic width, height, sourceRect, showsCursor, queueDepth;
+TAVIK_ANSWER(-(instancetype)init, (anyOf(self) = StreamConfiguration{}, self))
+TAVIK_ANSWER(-(void)setWidth
+             : (std::size_t)width, void(valueOf<StreamConfiguration>(self).width = static_cast<std::int64_t>(width)))
+TAVIK_ANSWER(-(void)setHeight
+             : (std::size_t)height, void(valueOf<StreamConfiguration>(self).height = static_cast<std::int64_t>(height)))
+TAVIK_ANSWER(-(void)setShowsCursor : (BOOL)shows, void(valueOf<StreamConfiguration>(self).showsCursor = shows))
+TAVIK_ANSWER(-(void)setQueueDepth : (NSInteger)depth, void(valueOf<StreamConfiguration>(self).queueDepth = depth))
+- (void)setSourceRect:(CGRect)rect {
+  valueOf<StreamConfiguration>(self).sourceRect = Rect{rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
+}
+@end
+
+@implementation SCScreenshotManager
++ (void)captureImageWithFilter:(SCContentFilter*)filter
+                 configuration:(SCStreamConfiguration*)configuration
+             completionHandler:(void (^)(CGImageRef, NSError*))handler {
+  const auto& [width, height, part, showsCursor, queueDepth] = valueOf<StreamConfiguration>(configuration);
+  require(!showsCursor && queueDepth == 1, "one picture, without the cursor");
+  auto story = valueOf<std::string>(filter);
+  for (const double number : part ? std::vector{part->x, part->y, part->width, part->height} : std::vector<double>()) {
+    story += " " + std::to_string(static_cast<long>(number));
+  }
+  const auto space = fails("CGImageGetColorSpace") ? nullptr : text("P3");
+  const Picture picture{static_cast<std::size_t>(width), static_cast<std::size_t>(height), space, story};
+  answer("capturing", object(picture), handler);
+}
+@end
