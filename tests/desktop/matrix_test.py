@@ -8,47 +8,33 @@ import signal
 import threading
 import unittest
 from collections.abc import Callable
-from dataclasses import dataclass
 from pathlib import Path
+from typing import NamedTuple
 
 from perception import PIXELS, TREE, ask, capture, code, picture
-from witnesses import (
-    Window,
-    accessible_tree,
-    differing_pixels,
-    nodes,
-    state_of_desktop,
-    tool,
-    values,
-    window_list,
-    windows_of_class,
-)
+from witnesses import Window, accessible_tree, nodes, tool, values, window_list, windows_of_class
+from witnesses import differing_pixels, state_of_desktop
 
 TRIES = 5  # while an application changes by itself
 WITHHOLDS_NOTHING = {"TAVIK_PERCEPTION_CONFIG": f"{os.environ['HOME']}/empty-policy.yaml"}
 
 
-@dataclass
-class Application:
+class Application(NamedTuple):
     """One to look at, and the one that lies on top of it."""
 
     toolkit: str
     window_class: str
-    bundle: str
-    name: str = ""  # as assistive technology knows it; empty without a tree
+    request: dict
+    name: str  # as assistive technology knows it; empty without a tree
     cover: str = "XTerm"
-
-    @property
-    def request(self) -> dict:
-        return {"app_bundle_id": self.bundle}
 
 
 APPLICATIONS = (
-    Application("GTK 3", "Galculator", "galculator", "galculator"),
-    Application("GTK 4", "gnome-calculator", "org.gnome.Calculator", "gnome-calculator"),
-    Application("Qt 5", "FeatherPad", "featherpad", "FeatherPad"),
-    Application("Chromium", "Chromium", "chromium", "Chromium"),
-    Application("Xt", "XTerm", "debian-xterm", cover="FeatherPad"),
+    Application("GTK 3", "Galculator", {"app_bundle_id": "galculator"}, "galculator"),
+    Application("GTK 4", "gnome-calculator", {"app_bundle_id": "org.gnome.Calculator"}, "gnome-calculator"),
+    Application("Qt 5", "FeatherPad", {"app_bundle_id": "featherpad"}, "FeatherPad"),
+    Application("Chromium", "Chromium", {"app_bundle_id": "chromium"}, "Chromium"),
+    Application("Xt", "XTerm", {"app_bundle_id": "debian-xterm"}, "", cover="FeatherPad"),
 )
 
 # Where the window and its cover lie: the monitors are 960x700 each, the cover is 900x600.

@@ -23,13 +23,8 @@ def shell(script: str) -> subprocess.CompletedProcess:
 class StreamsTest(unittest.TestCase):
     def test_requests_that_name_no_target(self) -> None:
         for reason, request, diagnostics in (
-            ("an empty object", b"{}", 0),
             ("nothing", b"", 0),
-            ("blanks", b" \n", 1),
-            ("cut short", b'{"target":"scr', 1),
             ("not text", b"\xff\xfe\x00{}", 1),
-            ("no object", b"[]", 1),
-            ("an unknown target", b'{"target":"Screen"}', 1),
             ("deeper than any stack", b'{"target":' + b"[" * 1_000_000, 1),
         ):
             with self.subTest(reason):

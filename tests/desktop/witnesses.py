@@ -35,7 +35,6 @@ ROLES = {
 }
 
 NOWHERE = -(2**31)  # where GTK 3 says that closed menus are
-PATIENCE_SECONDS = 10.0
 
 
 def output_of(*command: str, stdin: bytes = b"") -> bytes:
@@ -46,22 +45,22 @@ def tool(*command: str, stdin: bytes = b"") -> str:
     return output_of(*command, stdin=stdin).decode(errors="replace")
 
 
-def wait_until(holds: Callable[[], object], otherwise: str) -> None:
-    deadline = time.monotonic() + PATIENCE_SECONDS
-    while not holds():
+def wait_for(attempt: Callable[[], object], otherwise: str) -> object:
+    """What an attempt yields at last; nothing and False are failures."""
+    deadline = time.monotonic() + 10
+    while (result := attempt()) in (None, False):
         assert time.monotonic() < deadline, otherwise
+    return result
 
 
 def window_list() -> list[str]:
     """A line for each window: its identifier first, its class among the rest."""
-    listings = []
 
-    def is_listed() -> bool:  # not while a window vanishes
-        listings.append(subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True))
-        return listings[-1].returncode == 0
+    def listing() -> list[str] | None:  # which fails when a window vanishes meanwhile
+        done = subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True)
+        return done.stdout.splitlines() if done.returncode == 0 else None
 
-    wait_until(is_listed, "the windows cannot be listed")
-    return listings[-1].stdout.splitlines()
+    return wait_for(listing, "the windows cannot be listed")
 
 
 def windows_of_class(window_class: str) -> list[str]:
@@ -104,13 +103,12 @@ class Window:
     def move(self, x: int, y: int) -> None:
         """Returns when the window is there: its frame, or what is in it, as the window's gravity has it."""
         tool("xdotool", "windowmove", self.client, str(x), str(y))
-        wait_until(
-            lambda: (x, y) in (corner(self.client), corner(frame_of(self.client))), "the window does not get there"
-        )
+        wait_for(lambda: (x, y) in map(corner, (self.client, frame_of(self.client))), "the window does not get there")
 
     def activate(self) -> None:
         tool("xdotool", "windowactivate", self.client)
-        wait_until(lambda: active_window() == int(self.client, 16), "the window does not become active")
+        active = ("xprop", "-root", "_NET_ACTIVE_WINDOW")
+        wait_for(lambda: int(tool(*active).split()[-1], 16) == int(self.client, 16), "it does not become active")
 
     def screenshot(self) -> str:
         """Of the window and its decorations, without the shadow that some draw themselves, to ImageMagick."""
@@ -122,11 +120,6 @@ class Window:
         width, height = (int(side) for side in re.findall(r"(?:Width|Height): (\d+)", extent))
         part = f"[{width - left - right}x{height - top - bottom}+{left}+{top}]"
         return screenshot(frame_of(self.client)) + part
-
-
-def active_window() -> int:
-    """0 while there is none."""
-    return int(tool("xprop", "-root", "_NET_ACTIVE_WINDOW").split()[-1], 16)
 
 
 def size_and_type(picture: bytes, source: str = "-") -> str:
