@@ -5,13 +5,12 @@ Runs on two monitors, with and without a compositing manager.
 
 import os
 import signal
-import threading
 import unittest
 from collections.abc import Callable
 from pathlib import Path
 from typing import NamedTuple
 
-from perception import PIXELS, TREE, ask, capture, code, picture
+from perception import PIXELS, TREE, capture, code, picture
 from witnesses import Window, accessible_tree, nodes, tool, values, window_list, windows_of_class
 from witnesses import differing_pixels, state_of_desktop
 
@@ -175,10 +174,3 @@ class MatrixTest(unittest.TestCase):
                     capture(request)
         finally:
             os.kill(window.process, signal.SIGCONT)
-
-    @on_each
-    def test_6_killed_while_looked_at(self, application: Application) -> None:
-        process = Window(application.window_class).process
-        os.kill(process, signal.SIGSTOP)
-        threading.Timer(0.15, os.kill, (process, signal.SIGKILL)).start()  # into the walk
-        ask(application.request)
