@@ -6,7 +6,7 @@ from pathlib import Path
 
 from made_window import SECRETS
 from perception import PIXELS, TREE, Environment, capture
-from witnesses import Window, values, windows_of_class
+from witnesses import Window, accessible_tree, values, windows_of_class
 
 IDENTIFIER = "org.example.SignIn"
 REQUEST = {"app_bundle_id": IDENTIFIER}
@@ -46,6 +46,7 @@ class PolicyTest(unittest.TestCase):
     def test_empty_policy_withholds_nothing(self) -> None:
         data = capture(REQUEST, policy(""))
         self.assertEqual(values(data["ax_tree"], "AXSecureTextField"), ["●" * len(SECRETS[0]), SECRETS[1]])
+        self.assertEqual(data["ax_tree"], accessible_tree("made-secrets"))
         self.assertFalse(data["redaction_applied"])
         self.assertTrue(data["image"])
 

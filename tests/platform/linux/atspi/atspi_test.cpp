@@ -160,7 +160,8 @@ FakeObjects trickyTree() {
 
 TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   FakePeer ahead(trickyTree()), oneByOne(trickyTree());
-  const auto walked = [](Element& root, AXSummary&& summary = {}) {
+  const auto walked = [](Element& root) {
+    AXSummary summary;
     auto tree = walkAXElement(root, {.depth = 0, .maxDepth = 3}, summary, SensitiveAppsConfig::empty);
     return std::pair(std::move(tree), summary.nodeCount);
   };
