@@ -3,15 +3,13 @@
 import os
 import socket
 import subprocess
-import time
 import unittest
 from pathlib import Path
 
-from perception import ask, capture, code
+from perception import TREE, ask, capture, code
 from witnesses import tool
 
 TERMINAL = {"app_name": "XTerm"}
-TREE = {"include_image": False}
 BUS = "org.freedesktop.DBus"
 SESSION_BUS = ("--session", f"--dest={BUS}", "--object-path=/org/freedesktop/DBus")
 RUNTIME = Path(os.environ["XDG_RUNTIME_DIR"])
@@ -49,10 +47,7 @@ class MissingTest(unittest.TestCase):
             with self.subTest(variable), socket.socket(socket.AF_UNIX) as silent:
                 silent.bind(str(path))
                 silent.listen()
-                environment = {variable: f"unix:path={path}"}
-                begin = time.monotonic()
-                ask(TERMINAL, environment)
-                self.assertLess(time.monotonic() - begin, 3)
+                ask(TERMINAL, {variable: f"unix:path={path}"})
 
     def test_asking_starts_no_service(self) -> None:
         """A session bus that would start the accessibility bus for whoever asks for it."""

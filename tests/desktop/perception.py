@@ -1,19 +1,25 @@
 """The helper as a process: requests in, responses out, and what must hold of every run."""
 
+import base64
 import json
 import os
 import subprocess
+from collections.abc import Sequence
 
 HELPER = os.environ["TAVIK_PERCEPTION_HELPER"]
-DEADLINE_SECONDS = 20  # a run that takes longer hangs
+LIMIT_SECONDS = 2.0  # for an answer, whatever applications do or leave undone
+PIXELS = {"level": "pixel_perfect", "include_ax_tree": False}
+TREE = {"include_image": False}
 
 Environment = dict[str, str | None]  # what a run has otherwise than this process; None takes a variable away
 
 
-def run(request: bytes, environment: Environment | None = None, program: str = HELPER) -> subprocess.CompletedProcess:
+def run(
+    request: bytes, environment: Environment | None = None, command: Sequence[str] = (HELPER,)
+) -> subprocess.CompletedProcess:
     changed = os.environ | (environment or {})
     variables = {name: value for name, value in changed.items() if value is not None}
-    return subprocess.run([program], input=request, env=variables, capture_output=True, timeout=DEADLINE_SECONDS)
+    return subprocess.run(command, input=request, env=variables, capture_output=True, timeout=LIMIT_SECONDS)
 
 
 def ask(request: dict, environment: Environment | None = None) -> dict:
@@ -34,3 +40,11 @@ def capture(request: dict, environment: Environment | None = None) -> dict:
 def code(request: dict, environment: Environment | None = None) -> str:
     """The code of a request that fails; "ok" of one that does not."""
     return ask(request, environment).get("code", "ok")
+
+
+def image_bytes(data: dict) -> bytes:
+    return base64.b64decode(data["image"].partition(";base64,")[2], validate=True)
+
+
+def picture(request: dict) -> bytes:
+    return image_bytes(capture(request))

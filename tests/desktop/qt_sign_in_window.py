@@ -1,10 +1,11 @@
-"""A Qt 5 window with a password in each of the ways in which Qt hides one, the one that shows it in use."""
+"""A Qt 5 window with a name, and a password in each of the ways in which Qt hides one, the one that shows it in use."""
 
 from PyQt5.QtWidgets import QApplication, QFormLayout, QLineEdit, QWidget
 
 application = QApplication(["qt-sign-in"])
 window = QWidget(windowTitle="Sign in")
 form = QFormLayout(window)
+form.addRow("Name", QLineEdit("alice"))
 for mode in (QLineEdit.PasswordEchoOnEdit, QLineEdit.Password, QLineEdit.NoEcho):
     form.addRow("Password", QLineEdit("correct horse", echoMode=mode))
 window.show()

@@ -1,12 +1,12 @@
 """The desktop as other tools see it: windows, pixels, accessibility trees, processes."""
 
-import base64
 import contextlib
+import hashlib
 import os
 import re
 import subprocess
-import tempfile
 import time
+from collections.abc import Callable
 from pathlib import Path
 
 import gi
@@ -14,29 +14,22 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
-# The AT-SPI roles that occur in the applications under test.
+# The AX roles of the AT-SPI roles that occur in the applications under test, but for those that have the same name.
 ROLES = {
     "AXButton": ["push button"],
     "AXCheckBox": ["check box", "toggle button"],
-    "AXComboBox": ["combo box"],
     "AXGroup": ["alert", "filler", "layered pane", "list item", "notification", "panel", "paragraph", "status bar"],
     "AXIncrementor": ["spin button"],
-    "AXList": ["list"],
     "AXMenu": ["menu", "popup menu"],
-    "AXMenuBar": ["menu bar"],
     "AXMenuItem": ["menu item", "check menu item", "radio menu item"],
     "AXRadioButton": ["page tab"],
     "AXScrollArea": ["scroll pane"],
-    "AXScrollBar": ["scroll bar"],
     "AXSecureTextField": ["password text"],
-    "AXSlider": ["slider"],
     "AXSplitGroup": ["split pane"],
     "AXSplitter": ["separator"],
     "AXStaticText": ["label", "static"],
     "AXTabGroup": ["page tab list"],
-    "AXTable": ["table"],
     "AXToolbar": ["tool bar"],
-    "AXUnknown": ["unknown"],
     "AXWebArea": ["document web"],
     "AXWindow": ["frame"],
 }
@@ -44,86 +37,89 @@ ROLES = {
 NOWHERE = -(2**31)  # where GTK 3 says that closed menus are
 
 
-def tool(*command: str, stdin: bytes = b"") -> str:
-    return output_of(*command, stdin=stdin).decode(errors="replace")
-
-
 def output_of(*command: str, stdin: bytes = b"") -> bytes:
     return subprocess.run(command, input=stdin, check=True, capture_output=True, timeout=20).stdout
 
 
+def tool(*command: str, stdin: bytes = b"") -> str:
+    return output_of(*command, stdin=stdin).decode(errors="replace")
+
+
+def wait_for(attempt: Callable[[], object], otherwise: str) -> object:
+    """What an attempt yields at last; nothing and False are failures."""
+    deadline = time.monotonic() + 10
+    while (result := attempt()) in (None, False):
+        assert time.monotonic() < deadline, otherwise
+    return result
+
+
 def window_list() -> list[str]:
     """A line for each window: its identifier first, its class among the rest."""
-    deadline = time.monotonic() + 10
-    while (listing := subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True)).returncode:
-        assert time.monotonic() < deadline, listing.stderr  # it fails when a window vanishes while it lists them
-    return listing.stdout.splitlines()
+
+    def listing() -> list[str] | None:  # which fails when a window vanishes meanwhile
+        done = subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True)
+        return done.stdout.splitlines() if done.returncode == 0 else None
+
+    return wait_for(listing, "the windows cannot be listed")
 
 
 def windows_of_class(window_class: str) -> list[str]:
     return [line.split()[0] for line in window_list() if f".{window_class} " in line]
 
 
-def client_window(window_class: str) -> str:
-    """The identifier of the one window of this class."""
-    (window,) = windows_of_class(window_class)
-    return window
-
-
-def frame_window(client: str) -> str:
-    """The window manager's frame around a client: its ancestor just below the root."""
-    tree = tool("xwininfo", "-tree", "-id", client)
-    parent, root = (re.search(f"{kind} window id: (0x[0-9a-f]+)", tree).group(1) for kind in ("Parent", "Root"))
-    return client if parent == root else frame_window(parent)
-
-
-def drawn_part(client: str) -> str:
-    """The part of its frame that a window fills, without the shadow that some draw themselves, to ImageMagick."""
-    margins = re.search(r"= (\d+), (\d+), (\d+), (\d+)", tool("xprop", "-id", client, "_GTK_FRAME_EXTENTS"))
-    if not margins:
-        return ""
-    left, right, top, bottom = map(int, margins.groups())
-    width, height = (int(side) for side in re.findall(r"(?:Width|Height): (\d+)", tool("xwininfo", "-id", client)))
-    return f"[{width - left - right}x{height - top - bottom}+{left}+{top}]"
-
-
 def corner(window: str) -> tuple[int, ...]:
     return tuple(int(at) for at in re.findall(r"Absolute upper-left [XY]: +(-?\d+)", tool("xwininfo", "-id", window)))
 
 
-def move(client: str, x: int, y: int) -> None:
-    """Returns when the window is there: its frame, or what is in it, as the window's gravity has it."""
-    tool("xdotool", "windowmove", client, str(x), str(y))
-    deadline = time.monotonic() + 10
-    while (x, y) not in (corner(client), corner(frame_window(client))):
-        assert time.monotonic() < deadline, "the window does not get there"
+def frame_of(client: str) -> str:
+    """The window manager's frame around a client: its ancestor just below the root."""
+    tree = tool("xwininfo", "-tree", "-id", client)
+    parent, root = (re.search(f"{kind} window id: (0x[0-9a-f]+)", tree).group(1) for kind in ("Parent", "Root"))
+    return client if parent == root else frame_of(parent)
 
 
-def active_window() -> int:
-    """0 while there is none."""
-    return int(tool("xprop", "-root", "_NET_ACTIVE_WINDOW").split()[-1], 16)
-
-
-def activate(client: str) -> None:
-    tool("xdotool", "windowactivate", client)
-    deadline = time.monotonic() + 10
-    while active_window() != int(client, 16):
-        assert time.monotonic() < deadline, "the window does not become active"
-
-
-def still_screenshot(window: str) -> str:
-    """The file, in the desktop's home, of what xwd sees of an uncovered window once it has stopped changing."""
+def screenshot(window: str) -> str:
+    """The file, in the desktop's home, of what xwd sees of an uncovered window, or "root", once it has stopped changing.
+    The same pixels are in the same file."""
     target = ["-root"] if window == "root" else ["-id", window]
     shots = [b"", output_of("xwd", "-silent", *target)]
     while shots[-1] != shots[-2]:
         shots.append(output_of("xwd", "-silent", *target))
-    with tempfile.NamedTemporaryFile(dir=os.environ["HOME"], suffix=".xwd", delete=False) as file:
-        file.write(shots[-1])
-    return file.name
+    file = Path(os.environ["HOME"]) / f"{hashlib.sha256(shots[-1]).hexdigest()}.xwd"
+    file.write_bytes(shots[-1])
+    return str(file)
 
 
-def image_bytes(data: dict) -> bytes:
-    return base64.b64decode(data["image"].partition(";base64,")[2], validate=True)
+class Window:
+    """The one window of a class."""
+
+    def __init__(self, window_class: str) -> None:
+        (self.client,) = windows_of_class(window_class)
+
+    @property
+    def process(self) -> int:
+        return int(tool("xdotool", "getwindowpid", self.client))
+
+    def move(self, x: int, y: int) -> None:
+        """Returns when the window is there: its frame, or what is in it, as the window's gravity has it."""
+        tool("xdotool", "windowmove", self.client, str(x), str(y))
+        wait_for(lambda: (x, y) in map(corner, (self.client, frame_of(self.client))), "the window does not get there")
+
+    def activate(self) -> None:
+        tool("xdotool", "windowactivate", self.client)
+        active = ("xprop", "-root", "_NET_ACTIVE_WINDOW")
+        wait_for(lambda: int(tool(*active).split()[-1], 16) == int(self.client, 16), "it does not become active")
+
+    def screenshot(self) -> str:
+        """Of the window and its decorations, without the shadow that some draw themselves, to ImageMagick."""
+        margins = re.search(r"= (\d+), (\d+), (\d+), (\d+)", tool("xprop", "-id", self.client, "_GTK_FRAME_EXTENTS"))
+        if not margins:
+            return screenshot(frame_of(self.client))
+        left, right, top, bottom = map(int, margins.groups())
+        extent = tool("xwininfo", "-id", self.client)
+        width, height = (int(side) for side in re.findall(r"(?:Width|Height): (\d+)", extent))
+        part = f"[{width - left - right}x{height - top - bottom}+{left}+{top}]"
+        return screenshot(frame_of(self.client)) + part
 
 
 def size_and_type(picture: bytes, source: str = "-") -> str:
@@ -157,7 +153,7 @@ def accessible_role(accessible: Atspi.Accessible) -> str:
     name = accessible.get_role_name()
     if name in ("text", "entry"):
         return "AXTextArea" if accessible.get_state_set().contains(Atspi.StateType.MULTI_LINE) else "AXTextField"
-    return next((role for role, names in ROLES.items() if name in names), f"no role for {name}")
+    return next((role for role, names in ROLES.items() if name in names), "AX" + name.title().replace(" ", ""))
 
 
 def accessible_node(accessible: Atspi.Accessible, depth: int) -> dict:
@@ -180,6 +176,10 @@ def accessible_node(accessible: Atspi.Accessible, depth: int) -> dict:
 def nodes(tree: dict) -> list[dict]:
     """All nodes of a tree, in pre-order."""
     return [tree, *(node for child in tree.get("children", []) for node in nodes(child))]
+
+
+def values(tree: dict, role: str) -> list[str | None]:
+    return [node.get("value") for node in nodes(tree) if node["role"] == role]
 
 
 def processes() -> set[str]:

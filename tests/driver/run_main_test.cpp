@@ -144,6 +144,7 @@ TEST(RunMain, KeepsSensitiveApplicationsOutOfThePicture) {
            Case{"though no image was wanted", R"({"app_name":"Vault","level":"ax_only"})", true, false},
            Case{"the frontmost, for the whole screen", R"({"target":"screen"})", true, true},
            Case{"the frontmost, for its focus", R"({"target":"focused_element"})", true, true},
+           Case{"the frontmost, for a part of the screen", R"({"target":"region"})", true, true},
            Case{"not the frontmost, for another target", R"({"app_name":"Safari"})", false, true},
            Case{"not one that is merely named", R"({"target":"screen","app_name":"Vault"})", false, false},
        }) {

@@ -47,25 +47,25 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
 }
 
 TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
-  using Case = std::tuple<std::string, std::string>;
   const std::string whole = "expected a whole number of the signed 64-bit range, found ";
-  for (const auto& [json, expected] : {
-           Case{R"({"level":" READ"})", R"(level: " READ" is not one of auto, ax_only, glance, read, pixel_perfect)"},
-           Case{R"({"region":[1,2,3,4]})", "region: expected an object, found an array"},
-           Case{R"({"region":{"x":1,"y":2,"w":3}})", "region.h: missing"},
-           Case{R"({"region":{"x":0.5,"y":2,"w":3,"h":4}})", "region.x: " + whole + "5E-1"},
-           Case{R"({"include_caption":"true"})", R"(include_caption: expected true or false, found "true")"},
-           Case{R"({"max_long_edge_px":"800"})", "max_long_edge_px: " + whole + R"("800")"},
-           Case{R"({"max_long_edge_px":9223372036854775808})", "max_long_edge_px: " + whole + "9223372036854775808"},
-           Case{R"({"format":{}})", "format: expected a string, found an object"},
-           Case{R"({"format":1,"level":2})", "level: expected a string, found 2"},  // in the members' order
-           Case{"null", "request: expected an object, found null"},
-           Case{"\n ", "invalid JSON at line 2, column 2: incomplete JSON"},
-           Case{"{\n\"\u00e9\": x}", "invalid JSON at line 2, column 6: syntax error"},
-           Case{"{} {}", "invalid JSON at line 1, column 4: extra data"},
-       }) {
-    EXPECT_EQ(description(json), expected) << json;
-  }
+  const struct Case {
+    std::string json, expected;
+  } cases[] = {
+      {R"({"level":" READ"})", R"(level: " READ" is not one of auto, ax_only, glance, read, pixel_perfect)"},
+      {R"({"region":[1,2,3,4]})", "region: expected an object, found an array"},
+      {R"({"region":{"x":1,"y":2,"w":3}})", "region.h: missing"},
+      {R"({"region":{"x":0.5,"y":2,"w":3,"h":4}})", "region.x: " + whole + "5E-1"},
+      {R"({"include_caption":"true"})", R"(include_caption: expected true or false, found "true")"},
+      {R"({"max_long_edge_px":"800"})", "max_long_edge_px: " + whole + R"("800")"},
+      {R"({"max_long_edge_px":9223372036854775808})", "max_long_edge_px: " + whole + "9223372036854775808"},
+      {R"({"format":{}})", "format: expected a string, found an object"},
+      {R"({"format":1,"level":2})", "level: expected a string, found 2"},  // in the members' order
+      {"null", "request: expected an object, found null"},
+      {"\n ", "invalid JSON at line 2, column 2: incomplete JSON"},
+      {"{\n\"\u00e9\": x}", "invalid JSON at line 2, column 6: syntax error"},
+      {"{} {}", "invalid JSON at line 1, column 4: extra data"},
+  };
+  for (const auto& [json, expected] : cases) EXPECT_EQ(description(json), expected) << json;
 }
 
 TEST(DecodeRequest, SurvivesHostileInput) {

@@ -25,10 +25,14 @@ void appendReference(sd_bus_message* reply, const std::string& path) {
   sd_bus_message_append(reply, "(so)", kName, path.empty() ? "/org/a11y/atspi/null" : path.c_str());
 }
 
-void appendReferences(sd_bus_message* reply, const std::vector<std::string>& paths) {
-  sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "(so)");
-  for (const auto& path : paths) appendReference(reply, path);
+void appendArray(sd_bus_message* reply, const char* type, const std::vector<std::string>& items, const auto& append) {
+  sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, type);
+  for (const auto& item : items) append(reply, item);
   sd_bus_message_close_container(reply);
+}
+
+void appendInterface(sd_bus_message* reply, const std::string& name) {
+  sd_bus_message_append(reply, "s", ("org.a11y.atspi." + name).c_str());
 }
 
 /// The value of a property, or what a method returns.
@@ -46,13 +50,9 @@ void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject&
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());
   if (member == "GetState") sd_bus_message_append(reply, "au", 2, object.states, 0U);
   if (member == "GetText") sd_bus_message_append(reply, "s", object.text.c_str());
-  if (member == "GetChildren") appendReferences(reply, object.children);
-  if (member == "GetMatches") appendReferences(reply, object.matches);
-  if (member == "GetInterfaces") {
-    sd_bus_message_open_container(reply, SD_BUS_TYPE_ARRAY, "s");
-    for (const auto& name : object.interfaces) sd_bus_message_append(reply, "s", ("org.a11y.atspi." + name).c_str());
-    sd_bus_message_close_container(reply);
-  }
+  if (member == "GetChildren") appendArray(reply, "(so)", object.children, appendReference);
+  if (member == "GetMatches") appendArray(reply, "(so)", object.matches, appendReference);
+  if (member == "GetInterfaces") appendArray(reply, "s", object.interfaces, appendInterface);
   std::uint32_t argument = 0;
   if (member == "GetExtents") {
     sd_bus_message_read(call, "u", &argument);

@@ -40,8 +40,6 @@ using FakeObjects = std::map<std::string, FakeObject>;
 class FakePeer {
  public:
   explicit FakePeer(FakeObjects objects);
-  FakePeer(const FakePeer&) = delete;
-  FakePeer& operator=(const FakePeer&) = delete;
   ~FakePeer();
 
   /// The element of its object "/root", which takes over the connection.

@@ -1,13 +1,30 @@
-#include "platform/linux/dbus/patience.h"
-
 #include <chrono>
+#include <string>
 
 #include <gtest/gtest.h>
+
+#include "platform/linux/dbus/bus.h"
+#include "platform/linux/dbus/patience.h"
 
 namespace tavik::platform::dbus {
 namespace {
 
 using std::chrono::milliseconds;
+
+TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
+  const struct Case {
+    std::string reason, list, expected;
+  } cases[] = {
+      {"all local ones in their order", "unix:path=/a,guid=0a;unix:abstract=b", "unix:path=/a,guid=0a;unix:abstract=b"},
+      {"starts a program", "unixexec:path=/bin/true", ""},
+      {"resolves a host name", "tcp:host=example.org,port=1;unix:path=/a", "unix:path=/a"},
+      {"enters a container", "x-machine-unix:machine=m", ""},
+      {"empty entries", ";;unix:path=/a;", "unix:path=/a"},
+      {"no address at all", "unix", ""},
+      {"nothing", "", ""},
+  };
+  for (const auto& [reason, list, expected] : cases) EXPECT_EQ(localAddresses(list), expected) << reason;
+}
 
 struct PatienceTest : testing::Test {
   Patience::TimePoint now{};

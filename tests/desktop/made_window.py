@@ -1,11 +1,13 @@
-"""GTK windows that ask for trouble, one kind by each name on the command line.
+"""A GTK window made to order, of the kind that the command line names.
 
-crowd: a table of ten thousand rows; name: a title of a megabyte; glass: a translucent colour, in a window with an alpha
+secrets: a password field that shows bullets, and one that shows its text, as those of careless applications do; crowd:
+a table of ten thousand rows; name: a title of a megabyte; glass: a translucent colour, in a window with an alpha
 channel; stop, kill: that signal to itself when it is asked for the name of what lies between its labels. Three wait for
 SIGUSR1. popup: a menu-like window of no manager's, over the window; restless: one colour all over, another place and
 size every 40 ms; hang: serves neither its window nor its bus, being busy, and after SIGUSR2 asleep.
 """
 
+import itertools
 import os
 import signal
 import sys
@@ -17,10 +19,31 @@ for module, version in (("Atk", "1.0"), ("Gdk", "3.0"), ("Gtk", "3.0")):
     gi.require_version(module, version)
 from gi.repository import Atk, Gdk, GLib, Gtk  # noqa: E402
 
+SECRETS = ("correct horse", "battery staple")
 CROWD = 10_000
 LONG_NAME = "N" * 1_000_000
 PLACE = (20, 40)
 WIDTHS = range(300, 500, 10)  # of the restless window
+
+
+def column_of(*widgets: Gtk.Widget) -> Gtk.Widget:
+    column = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+    for widget in widgets:
+        column.add(widget)
+    return column
+
+
+def password_entry(secret: str, *, visible: bool) -> Gtk.Entry:
+    entry = Gtk.Entry(text=secret, visibility=visible)
+    entry.get_accessible().set_role(Atk.Role.PASSWORD_TEXT)
+    entry.get_accessible().set_description("Password")
+    return entry
+
+
+def secrets() -> Gtk.Widget:
+    bulleted, plain = SECRETS
+    passwords = (password_entry(bulleted, visible=False), password_entry(plain, visible=True))
+    return column_of(Gtk.Label(label="Grüße 👩‍👩‍👧"), Gtk.Entry(text="alice"), *passwords)
 
 
 def crowd() -> Gtk.Widget:
@@ -49,10 +72,7 @@ class Trapped(Gtk.DrawingArea):
 
 
 def trapped() -> Gtk.Widget:
-    box = Gtk.Box()
-    for widget in (Gtk.Label(label="first"), Trapped(), Gtk.Label(label="last")):
-        box.add(widget)
-    return box
+    return column_of(Gtk.Label(label="first"), Trapped(), Gtk.Label(label="last"))
 
 
 def add_popup(_: Gtk.Window) -> None:
@@ -64,15 +84,15 @@ def add_popup(_: Gtk.Window) -> None:
 
 
 def keep_moving(window: Gtk.Window) -> None:
-    steps = [0]
+    steps = itertools.count()
 
-    def step() -> bool:
-        steps[0] += 1
-        window.resize(WIDTHS[steps[0] % len(WIDTHS)], 200)
-        window.move(PLACE[0] + 37 * (steps[0] % 11), PLACE[1])
+    def move() -> bool:
+        step = next(steps)
+        window.resize(WIDTHS[step % len(WIDTHS)], 200)
+        window.move(PLACE[0] + 37 * (step % 11), PLACE[1])
         return True
 
-    GLib.timeout_add(40, step)
+    GLib.timeout_add(40, move)
 
 
 def hang(_: Gtk.Window) -> None:
@@ -87,14 +107,13 @@ def paint(window: Gtk.Window, colour: str) -> None:
     Gtk.StyleContext.add_provider_for_screen(window.get_screen(), style, Gtk.STYLE_PROVIDER_PRIORITY_APPLICATION)
 
 
-CONTENT = {"crowd": crowd, "stop": trapped, "kill": trapped}
+CONTENT = {"secrets": secrets, "crowd": crowd, "stop": trapped, "kill": trapped}
 TROUBLE = {"popup": add_popup, "restless": keep_moving, "hang": hang}
 
 
 def main(kind: str) -> None:
-    name = f"hostile-{kind}"
-    GLib.set_prgname(name)
-    Gdk.set_program_class(name)
+    GLib.set_prgname(f"made-{kind}")
+    Gdk.set_program_class(f"made-{kind}")
     window = Gtk.Window(title=LONG_NAME if kind == "name" else kind, decorated=kind != "restless")
     window.set_default_size(300, 200)
     window.add(CONTENT.get(kind, lambda: Gtk.Label(label=kind, xalign=0))())

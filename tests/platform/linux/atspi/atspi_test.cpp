@@ -1,0 +1,286 @@
+#include <climits>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "accessibility/walk_ax_element.h"
+#include "platform/linux/atspi/application.h"
+#include "platform/linux/atspi/element.h"
+#include "platform/linux/atspi/fake_peer.h"
+#include "platform/linux/atspi/role_names.h"
+#include "platform/linux/atspi/tree.h"
+#include "platform/linux/atspi/window_matching.h"
+
+namespace tavik::platform::atspi {
+namespace {
+
+/// A window with decorations around the client, of which the contents are all when nothing else is said.
+DesktopWindow managed(const std::string& title, const Rect& client, const std::optional<Rect>& contents = {}) {
+  const Rect frame{client.x - 1, client.y - 20, client.width + 2, client.height + 25};
+  return {.title = title, .frame = frame, .client = client, .contents = contents.value_or(client)};
+}
+
+TEST(FrameOfExtents, IsNothingForElementsThatAreNowhere) {
+  using Case = std::tuple<std::string_view, Extents, std::optional<Rect>>;
+  for (const auto& [reason, extents, expected] : {
+           Case{"moved by the offset", {10, 20, 30, 40}, Rect{110, 15, 30, 40}},
+           Case{"left of the first monitor", {-500, 0, 1, 1}, Rect{-400, -5, 1, 1}},
+           Case{"half nowhere", {5, INT_MIN, 10, 10}, std::nullopt},
+           Case{"the other half", {INT_MIN, 5, 10, 10}, std::nullopt},
+           Case{"hidden in Qt", {0, 0, 0, 0}, std::nullopt},
+           Case{"negative", {3, 4, -1, 9}, std::nullopt},
+       }) {
+    EXPECT_EQ(frameOfExtents(extents, {.x = 100, .y = -5}), expected) << reason;
+  }
+}
+
+TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
+  const auto topmost = managed("Letter", {100, 100, 600, 400});
+  const WindowClaim other{"Other", Extents{0, 0, 50, 50}}, sameTitle{"Letter", Extents{0, 0, 50, 50}};
+  const WindowClaim sameSize{"", Extents{99, 80, 602, 425}}, both{"Letter", Extents{100, 100, 600, 400}};
+  const WindowClaim active{.title = "Other", .isActive = true};
+  using Case = std::tuple<std::string_view, std::vector<WindowClaim>, std::optional<std::size_t>>;
+  for (const auto& [reason, windows, expected] : {
+           Case{"activity beats likeness", {both, active}, 1},
+           Case{"the first of two active ones", {other, active, active}, 1},
+           Case{"title and size beat the title alone", {sameTitle, both}, 1},
+           Case{"the title beats the size: sizes lag behind", {sameSize, sameTitle}, 1},
+           Case{"the size with decorations is better than nothing", {other, sameSize}, 1},
+           Case{"the first when none fits", {other, other}, 0},
+           Case{"an application without windows", {}, std::nullopt},
+       }) {
+    EXPECT_EQ(mainWindow(windows, &topmost), expected) << reason;
+  }
+  EXPECT_EQ(mainWindow(std::vector{other, both}, nullptr), 0U) << "no window on the X server";
+}
+
+TEST(OffsetOfWindow, LeadsFromTheClaimToTheVisibleWindow) {
+  const Extents claimed{0, 0, 300, 200};
+  const Rect client{40, 60, 352, 252}, contents{66, 83, 300, 200};
+  using Case = std::tuple<std::string_view, Extents, DesktopWindow, std::optional<Point>>;
+  for (const auto& [reason, extents, window, expected] : {
+           Case{"same size", claimed, managed("W", {40, 60, 300, 200}), Point{40, 60}},
+           Case{"a shadow of known width", claimed, managed("W", client, contents), Point{66, 83}},
+           Case{"a border on all sides", claimed, managed("W", {40, 60, 310, 210}), Point{45, 65}},
+           Case{"two to a point", claimed, managed("W", {40, 60, 652, 452}, Rect{66, 83, 600, 400}), Point{33, 41}},
+           Case{"right already", {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Point{0, 0}},
+           Case{"partly off the screen", claimed, managed("W", {-40, -60, 300, 200}), Point{-40, -60}},
+           Case{"another size: the window is being resized", claimed, managed("W", {0, 0, 500, 500}), std::nullopt},
+           Case{"nowhere", {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
+       }) {
+    EXPECT_EQ(offsetOfWindow({.title = "W", .extents = extents}, std::vector{window}), expected) << reason;
+  }
+}
+
+TEST(OffsetOfWindow, ChoosesAmongWindowsOfOneSizeByTitleThenByActivity) {
+  auto front = managed("B", {1, 1, 300, 200});
+  auto behind = managed("A", {2, 2, 300, 200});
+  const WindowClaim claim{.title = "A", .extents = Extents{0, 0, 300, 200}, .isActive = true};
+  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{2, 2}));
+  front.title = behind.title;
+  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{1, 1})) << "alike: the front one";
+  behind.isActive = true;
+  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{2, 2})) << "the active one";
+  EXPECT_EQ(offsetOfWindow(claim, {}), std::nullopt);
+}
+
+std::string string(UIElement& element, std::string_view attribute) {
+  const auto value = element.copyAttributeValue(attribute);
+  return value ? std::get<std::string>(*value) : "-";
+}
+
+TEST(Element, GivesAValueOnlyWithTheRoleThatSaysWhetherItIsSecret) {
+  const auto field = [](std::uint32_t role, const char* text, std::set<std::string> failing = {}) {
+    return FakeObject{
+        .role = role, .roleName = "password text", .interfaces = {"Text"}, .text = text, .failing = failing};
+  };
+  auto area = field(61, "t");
+  area.states = 1U << 17U;
+  const struct Case {
+    std::string reason;
+    FakeObject object;
+    std::string role, value;
+  } cases[] = {
+      {"a password field", field(40, "s"), "AXSecureTextField", "s"},
+      {"the name decides for a role of no number", field(70, "s"), "AXSecureTextField", "s"},
+      {"no role", field(40, "s", {"GetRole"}), "-", "-"},
+      {"no name of the role", field(70, "s", {"GetRoleName"}), "-", "-"},
+      {"no state", field(61, "s", {"GetState"}), "-", "-"},
+      {"no interfaces", field(29, "t", {"GetInterfaces"}), "AXStaticText", "-"},
+      {"no text at all", {.role = 43, .interfaces = {"Value"}, .text = "t"}, "AXButton", "-"},
+      {"several lines", area, "AXTextArea", "t"},
+      {"an empty text is a value", field(61, ""), "AXTextField", ""},
+      {"so are blanks", field(29, " \n"), "AXStaticText", " \n"},
+      {"embedded objects alone say nothing", field(29, " \uFFFC\n\uFFFC "), "AXStaticText", "-"},
+      {"among words they keep them apart", field(29, "\uFFFCa\uFFFCb"), "AXStaticText", "\uFFFCa\uFFFCb"},
+  };
+  for (const auto& [reason, object, role, value] : cases) {
+    FakePeer peer({{"/root", object}});
+    const auto root = peer.takeRoot();
+    EXPECT_EQ(string(*root, "AXValue"), value) << reason;
+    EXPECT_EQ(string(*root, "AXRole"), role) << reason;
+    EXPECT_EQ(string(*root, "AXTitle"), "-") << "an empty name is none";
+  }
+}
+
+TEST(AXRole, FollowsTheNumberOfTheRoleElseItsName) {
+  EXPECT_EQ(axRole(40, true), "AXSecureTextField") << "a password stays secret over several lines";
+  EXPECT_EQ(axRole(79, true), "AXTextArea") << "an entry of several lines";
+  EXPECT_EQ(axRole(43, true), "AXButton") << "the state is of no interest elsewhere";
+  EXPECT_EQ(axRole(60, false), "AXTextArea") << "a terminal needs no state for that";
+  EXPECT_EQ(axRole(130, false), "AXCheckBox") << "the last known number";
+  EXPECT_EQ(axRole(0xFFFFFFFF, false), "AXUnknown");
+  EXPECT_TRUE(needsRoleName(70) && needsRoleName(131)) << "extended, or of a newer AT-SPI";
+  EXPECT_FALSE(needsRoleName(40) || needsRoleName(130));
+  for (const auto* name : {"Link", ""}) EXPECT_EQ(axRole(name), "AXUnknown") << name;
+}
+
+/// A tree with everything that reading ahead could get wrong.
+FakeObjects trickyTree() {
+  FakeObjects objects{
+      {"/root", {.interfaces = {"Component"}, .name = "root", .extents = {7, 8, 9, 10}}},
+      {"/nulls", {.role = 40, .interfaces = {"Text"}, .text = "s", .children = {"", "/leaf", "", "/leaf", "/leaf"}}},
+      {"/many", {.name = "many", .children = std::vector<std::string>(300, "/leaf")}},
+      {"/holes", {.name = "holes", .children = std::vector<std::string>(300, "/leaf")}},
+      {"/broken", {.name = "broken", .children = {"/leaf"}, .failing = {"GetChildren", "GetInterfaces"}}},
+      {"/itself", {.name = "itself", .children = {"/itself", "/leaf"}}},
+      {"/leaf", {.role = 29, .interfaces = {"Text"}, .name = "leaf", .text = "leaf"}},
+  };
+  objects["/root"].children = {"/nulls", "/many", "", "/holes", "/gone", "/itself", "/broken", "/leaf"};
+  objects["/many"].children[0] = "/nulls";
+  objects["/holes"].children[1] = "";
+  return objects;
+}
+
+TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
+  FakePeer ahead(trickyTree()), oneByOne(trickyTree());
+  const auto walked = [](Element& root) {
+    AXSummary summary;
+    auto tree = walkAXElement(root, {.depth = 0, .maxDepth = 3}, summary, SensitiveAppsConfig::empty);
+    return std::pair(std::move(tree), summary.nodeCount);
+  };
+  const auto root = ahead.takeRoot();
+  readTree(*root, {3, kMaxAXChildren, 10'000, factsFor(kWalkedAXAttributes)});
+  const auto calls = ahead.calls("GetRole");
+  const auto seen = walked(*root);
+  EXPECT_EQ(seen, walked(*oneByOne.takeRoot()));
+  EXPECT_EQ(seen.second, calls);
+  EXPECT_EQ(ahead.calls("GetRole"), calls) << "the walk asks nothing more";
+  EXPECT_EQ(oneByOne.calls("GetInterfaces"), calls) << "nor twice for anything";
+  EXPECT_EQ(ahead.calls("Name", "/org/a11y/atspi/null"), 0) << "the null object is no child";
+  EXPECT_EQ(ahead.calls("GetChildren", "/many"), 0) << "a big container is not listed whole";
+  EXPECT_EQ(ahead.calls("GetText", "/many"), 0) << "no text is asked for where there is none";
+  EXPECT_EQ(ahead.calls("GetAll") + ahead.calls("GetLocale"), 0) << "applications crash or hang on them";
+}
+
+TEST(ReadTree, EndsInATreeThatHasNoEnd) {
+  for (const auto& [elementsLeft, maxElements] : {std::pair<std::size_t, std::size_t>{50, 1000}, {1000, 50}}) {
+    FakePeer peer({{"/root", {.name = "n", .children = std::vector<std::string>(20, "/root")}}});
+    const auto root = peer.takeRoot();
+    root->session()->elementsLeft = elementsLeft;
+    readTree(*root, {.maxDepth = 1000, .maxChildren = 50, .maxElements = maxElements, .facts = fact::name});
+    EXPECT_EQ(peer.calls("Name"), 51);
+  }
+}
+
+TEST(Element, KeepsNoMoreTextThanTheSessionAdmits) {
+  FakePeer peer({{"/root", {.role = 29, .interfaces = {"Text"}, .name = "12345", .text = "123456"}}});
+  const auto root = peer.takeRoot();
+  root->session()->textBytesLeft = 10;
+  EXPECT_EQ(string(*root, "AXTitle"), "12345");
+  EXPECT_EQ(string(*root, "AXValue"), "-");
+}
+
+TEST(Element, IsAskedNothingMoreOnceItIsSilent) {
+  FakePeer peer({{"/root", {.name = "n", .children = {"/root"}, .mute = {"GetInterfaces"}}}});
+  const auto root = peer.takeRoot({.silence = std::chrono::milliseconds(60)});
+  EXPECT_EQ(string(*root, "AXTitle"), "n");
+  for (const auto* attribute : {"AXPosition", "AXRole", "AXValue", "AXChildren"}) {
+    EXPECT_FALSE(root->copyAttributeValue(attribute)) << attribute;
+  }
+  EXPECT_EQ(peer.calls("GetRole") + peer.calls("ChildCount"), 0);
+  EXPECT_EQ(string(*root, "AXTitle"), "n") << "what it said before remains";
+}
+
+using Strings = std::vector<std::string>;
+
+constexpr std::uint32_t kIsActive = 1U << 1U, kIsFocused = 1U << 12U;
+
+/// An application with two windows, the second of which is active and holds "a", two levels down, and then "b".
+FakeObjects twoWindows(const std::string& toolkit, const std::string& version) {
+  FakeObject second{.states = kIsActive, .interfaces = {"Component"}, .name = "W", .extents = {0, 0, 300, 200}};
+  second.children = {"/box", "/b"};
+  return {
+      {"/root", {.role = 75, .toolkitName = toolkit, .toolkitVersion = version, .children = {"/first", "/second"}}},
+      {"/first", {.interfaces = {"Component"}, .name = "First", .extents = {0, 0, 90, 90}}},
+      {"/second", second},
+      {"/box", {.children = {"", "/a"}}},
+      {"/a", {.name = "a"}},
+      {"/b", {.name = "b"}},
+  };
+}
+
+/// Beside a window "W" on the X server.
+Application applicationOn(FakePeer& peer) {
+  constexpr Rect kPlace{500, 400, 310, 210};
+  const DesktopWindow window{.title = "W", .client = kPlace, .contents = kPlace};
+  return {[root = peer.takeRoot()] { return root; }, [window] { return std::vector{window}; }};
+}
+
+TEST(Application, ShowsWindowCoordinatesOfGTK4OnTheScreen) {
+  const struct Case {
+    std::string reason, toolkit, version;
+    Point expected;
+  } cases[] = {
+      {"GTK 4: half of the border, then the window's corner", "GTK", "4.8.3", {505, 405}},
+      {"GTK 3 knows the screen", "gtk", "3.24.38", {0, 0}},
+      {"so does Qt of any version", "Qt", "5.15.8", {0, 0}},
+      {"and whoever says nothing", "", "", {0, 0}},
+  };
+  for (const auto& [reason, toolkit, version, expected] : cases) {
+    const bool knowsScreen = expected == Point{};
+    auto objects = twoWindows(toolkit, version);
+    for (auto& [path, object] : objects) object.knowsScreen = knowsScreen;
+    FakePeer peer(objects);
+    auto application = applicationOn(peer);
+    const auto windows = std::get<std::vector<UIElementRef>>(*application.copyAttributeValue("AXWindows"));
+    ASSERT_EQ(windows.size(), 2U);
+    EXPECT_EQ(std::get<UIElementRef>(*application.copyAttributeValue("AXMainWindow")), windows[1]) << reason;
+    EXPECT_EQ(std::get<Point>(*windows[1]->copyAttributeValue("AXPosition")), expected) << reason;
+    EXPECT_EQ(windows[0]->copyAttributeValue("AXPosition").has_value(), knowsScreen)
+        << "no frame is better than a wrong one: the X server has no window like the first";
+  }
+}
+
+TEST(Application, FindsTheFocusedElement) {
+  const struct Case {
+    std::string reason;
+    Strings focused, interfacesOfSecond, matches;
+    std::string title;
+  } cases[] = {
+      {"the first of several in pre-order, not the shallowest", {"/a", "/b"}, {}, {}, "a"},
+      {"the active window goes first", {"/first", "/b"}, {}, {}, "b"},
+      {"in another window", {"/first"}, {}, {}, "First"},
+      {"a collection answers without a search", {"/a"}, {"Collection"}, {"/b"}, "b"},
+      {"also that there is none", {"/a"}, {"Collection"}, {}, "nobody"},
+  };
+  for (const auto& [reason, focused, interfacesOfSecond, matches, title] : cases) {
+    auto objects = twoWindows("Qt", "5.15.8");
+    for (const auto& path : focused) objects[path].states |= kIsFocused;
+    objects["/second"].interfaces = interfacesOfSecond;
+    objects["/second"].matches = matches;
+    FakePeer peer(objects);
+    const auto element = applicationOn(peer).copyAttributeValue("AXFocusedUIElement");
+    const auto focusedTitle = element ? std::get<UIElementRef>(*element)->copyAttributeValue("AXTitle") : "nobody";
+    EXPECT_EQ(std::get<std::string>(*focusedTitle), title) << reason;
+  }
+}
+
+}  // namespace
+}  // namespace tavik::platform::atspi
