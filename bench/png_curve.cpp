@@ -39,6 +39,7 @@ Picture readPicture(std::istream& input) {
 }
 
 Bytes filtered(const Picture& picture, unsigned filter) {
+  if (picture.rowBytes == 0) return {};
   const std::size_t before = filter == 1 ? kPixelBytes : picture.rowBytes;  // where the neighbour is
   Bytes rows;
   rows.reserve(picture.pixels.size() + picture.height);
