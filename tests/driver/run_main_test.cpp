@@ -67,7 +67,7 @@ json::value imageURL(const std::string& description) {
   if (description.empty()) return nullptr;
   auto url = "data:image/" + description.substr(0, description.find(' ')) + ";base64,";
   appendBase64(std::as_bytes(std::span(description)), url);
-  return json::value(url);
+  return json::string(url);
 }
 
 TEST(ResolveLevel, GlancesOnlyWhereTheTreeSaysMuch) {
@@ -104,7 +104,7 @@ TEST(RunMain, ChoosesLevelAndImageFromTheRequest) {
   const auto twice = [](auto& d) { d.deliver = [](const auto& handle) { handle(), handle(); }; };
   for (const auto& [reason, fields, level, image, arrange] : {
            Case{"as it is", best, "pixel_perfect", "png 1200x900"},
-           Case{"but bounded", best + "," + screen, "pixel_perfect", "png 4096x2730"},
+           Case{"but bounded", R"("level":"pixel_perfect","target":"screen")", "pixel_perfect", "png 4096x2730"},
            Case{"the level's quality", best + R"(,"format":"jpeg")", "pixel_perfect", "jpeg 1200x900 0.85"},
            Case{"a bound", R"("max_long_edge_px":600)", "glance", "jpeg 600x450 0.70"},
            Case{"another format, no bound", R"("format":"JPEG","max_long_edge_px":-1)", "glance", "jpeg 1200x900 -"},

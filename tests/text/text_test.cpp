@@ -3,7 +3,6 @@
 #include <numeric>
 #include <sstream>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -66,48 +65,55 @@ TEST(GraphemeClusters, StandOnTheirOwnWhereTextIsNotUTF8) {
 }
 
 TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
-  using Case = std::tuple<std::string, std::string, std::string>;
   const std::string r = "\xEF\xBF\xBD";
-  for (const auto& [reason, bytes, valid] : {
-           Case{"all lengths, and NUL", "\u00e9\u20ac\U0001F600\0b"s, "\u00e9\u20ac\U0001F600\0b"s},
-           Case{"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
-           Case{"surrogate", "\xED\xA0\x80", r + r + r},
-           Case{"cut at the end", "ok\xE2\x82", "ok" + r + r},
-       }) {
+  const struct Case {
+    std::string reason, bytes, valid;
+  } cases[] = {
+      {"all lengths, and NUL", "\u00e9\u20ac\U0001F600\0b"s, "\u00e9\u20ac\U0001F600\0b"s},
+      {"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
+      {"surrogate", "\xED\xA0\x80", r + r + r},
+      {"cut at the end", "ok\xE2\x82", "ok" + r + r},
+  };
+  for (const auto& [reason, bytes, valid] : cases) {
     EXPECT_EQ(toValidUTF8(bytes), valid) << reason;
     EXPECT_EQ(isValidUTF8(bytes), bytes == valid) << reason;
   }
 }
 
 TEST(Trimming, TakesTheCharactersOfItsSetFromBothEndsOnly) {
-  using Case = std::tuple<std::string, std::string, std::string, std::string>;
   const std::string ends = "\n\v\f\r\u0085\u2028\u2029";
-  for (const auto& [reason, text, ofWhitespace, ofWhitespaceAndNewlines] : {
-           Case{"blanks and tabs", " \t a b\t ", "a b", "a b"},
-           Case{"every kind of space separator", "\u00a0\u1680\u2000\u200a\u202f\u205f\u3000x\u3000", "x", "x"},
-           Case{"line ends of the larger set", ends + "x" + ends, ends + "x" + ends, "x"},
-           Case{"zero-width space is no space", "\u200bx\u200b", "\u200bx\u200b", "\u200bx\u200b"},
-           Case{"nothing remains", " \t\u3000", "", ""},
-           Case{"bytes that are not UTF-8 stay", " \xFF\x80 ", "\xFF\x80", "\xFF\x80"},
-           Case{"nor does the blank before one go", "a \x80", "a \x80", "a \x80"},
-       }) {
+  const struct Case {
+    std::string reason, text, ofWhitespace, ofWhitespaceAndNewlines;
+  } cases[] = {
+      {"blanks and tabs", " \t a b\t ", "a b", "a b"},
+      {"every kind of space separator", "\u00a0\u1680\u2000\u200a\u202f\u205f\u3000x\u3000", "x", "x"},
+      {"line ends of the larger set", ends + "x" + ends, ends + "x" + ends, "x"},
+      {"zero-width space is no space", "\u200bx\u200b", "\u200bx\u200b", "\u200bx\u200b"},
+      {"nothing remains", " \t\u3000", "", ""},
+      {"bytes that are not UTF-8 stay", " \xFF\x80 ", "\xFF\x80", "\xFF\x80"},
+      {"nor does the blank before one go", "a \x80", "a \x80", "a \x80"},
+  };
+  for (const auto& [reason, text, ofWhitespace, ofWhitespaceAndNewlines] : cases) {
     EXPECT_EQ(trimmedOfWhitespace(text), ofWhitespace) << reason;
     EXPECT_EQ(trimmedOfWhitespaceAndNewlines(text), ofWhitespaceAndNewlines) << reason;
   }
 }
 
 TEST(CaselessEqual, FoldsCaseUnderCanonicalEquivalence) {
-  using Case = std::tuple<std::string, std::string, std::string, bool>;
-  for (const auto& [reason, left, right, equal] : {
-           Case{"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
-           Case{"no diacritic folding", "Cafe", "Caf\u00e9", false},
-           Case{"folds that change the length", "Stra\u00dfe", "STRASSE", true},
-           Case{"marks in another order", "a\u0327\u0301", "A\u0301\u0327", true},
-           Case{"marks of one class keep their order", "a\u0301\u0300", "a\u0300\u0301", false},
-           Case{"ypogegrammeni, which folds to a letter", "\u1fb3\u0301", "\u0391\u0301\u0345", true},
-           Case{"no compatibility folding", "\u2460", "1", false},
-           Case{"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
-       }) {
+  const struct Case {
+    std::string reason, left, right;
+    bool equal;
+  } cases[] = {
+      {"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
+      {"no diacritic folding", "Cafe", "Caf\u00e9", false},
+      {"folds that change the length", "Stra\u00dfe", "STRASSE", true},
+      {"marks in another order", "a\u0327\u0301", "A\u0301\u0327", true},
+      {"marks of one class keep their order", "a\u0301\u0300", "a\u0300\u0301", false},
+      {"ypogegrammeni, which folds to a letter", "\u1fb3\u0301", "\u0391\u0301\u0345", true},
+      {"no compatibility folding", "\u2460", "1", false},
+      {"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
+  };
+  for (const auto& [reason, left, right, equal] : cases) {
     EXPECT_TRUE(caselessEqual(left, right) == equal && caselessEqual(right, left) == equal) << reason;
   }
 }

@@ -193,16 +193,15 @@ TEST(PNG, GivesEveryPixelBack) {
   constexpr auto kOpaque = AlphaMode::opaque, kPremultiplied = AlphaMode::premultiplied;
   const struct Case {
     std::string reason;
-    AlphaMode mode;
     Painter paint, expected;
-    AlphaMode expectedMode;
+    AlphaMode mode, expectedMode;
   } cases[] = {
-      {"padding of any value is no alpha", kOpaque, noise, opaqueNoise, kOpaque},
-      {"rows that repeat themselves are not filtered", kOpaque, textLike, opaqueText, kOpaque},
-      {"alpha that hides nothing is not stored", kPremultiplied, opaqueNoise, opaqueNoise, kOpaque},
-      {"colour is divided by its alpha", kPremultiplied, anyColourAtAnyAlpha, straightened, kPremultiplied},
+      {"padding of any value is no alpha", noise, opaqueNoise, kOpaque, kOpaque},
+      {"rows that repeat themselves are not filtered", textLike, opaqueText, kOpaque, kOpaque},
+      {"alpha that hides nothing is not stored", opaqueNoise, opaqueNoise, kPremultiplied, kOpaque},
+      {"colour is divided by its alpha", anyColourAtAnyAlpha, straightened, kPremultiplied, kPremultiplied},
   };
-  for (const auto& [reason, mode, paint, expected, expectedMode] : cases) {
+  for (const auto& [reason, paint, expected, mode, expectedMode] : cases) {
     const auto decoded = decodedPNG(encoded(makeImage(painted({256, 256}, mode, paint)), ImageType::png));
     ASSERT_TRUE(decoded) << reason;
     EXPECT_TRUE(decoded->size == (PixelSize{256, 256}) && decoded->alpha == expectedMode) << reason;

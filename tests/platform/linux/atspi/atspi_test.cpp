@@ -98,7 +98,7 @@ std::string string(UIElement& element, std::string_view attribute) {
 TEST(Element, GivesAValueOnlyWithTheRoleThatSaysWhetherItIsSecret) {
   const auto field = [](std::uint32_t role, const char* text, std::set<std::string> failing = {}) {
     return FakeObject{
-        .role = role, .roleName = "password text", .interfaces = {"Text"}, .text = text, .failing = failing};
+        .role = role, .roleName = "password text", .interfaces = {"Text"}, .text = text, .failing = std::move(failing)};
   };
   auto area = field(61, "t");
   area.states = 1U << 17U;
