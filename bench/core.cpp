@@ -89,7 +89,9 @@ void measurePolicy() {
   }
   const std::string identifier = "com.example1234." + std::string(184, 'a');
   std::size_t matches = 0;
-  const auto readAndMatch = [&] { matches += sensitiveAppMatch(identifier, parseSensitiveAppsYAML(file)) ? 1U : 0U; };
+  const auto readAndMatch = [&] {
+    matches += sensitiveAppMatch(std::array{identifier}, parseSensitiveAppsYAML(file)) ? 1U : 0U;
+  };
   measure("policy of 10,000 patterns, read and matched", readAndMatch, [] {});
 }
 

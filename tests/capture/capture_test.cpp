@@ -62,7 +62,8 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
   if (const auto* const error = std::get_if<CaptureImageError>(&result)) {
     return "error " + std::to_string(static_cast<int>(*error));
   }
-  const auto& [filter, configuration] = std::get<Surface>(result);
+  const auto& [filter, configuration, decidedBy] = std::get<Surface>(result);
+  EXPECT_EQ(decidedBy, request.target == Target::focused_element ? frontmost : nullptr);
   EXPECT_FALSE(configuration.showsCursor);
   EXPECT_EQ(configuration.queueDepth, 1);
   EXPECT_EQ(filter.display.displayID, 1U);

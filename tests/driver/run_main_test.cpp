@@ -159,6 +159,32 @@ TEST(RunMain, KeepsSensitiveApplicationsOutOfThePicture) {
   }
 }
 
+TEST(RunMain, ShowsNothingOfASensitiveApplicationThatComesToTheFrontMeanwhile) {
+  struct Case {
+    std::string reason, request;
+    int questions;
+  };
+  for (const auto& [reason, request, questions] : {
+           Case{"focus", R"({"target":"focused_element"})", 4},
+           Case{"screen", R"({"target":"screen"})", 2},
+           Case{"region", R"({"target":"region","region":{"x":1,"y":2,"w":3,"h":4}})", 2},
+       }) {
+    for (int step = 1; step <= questions + 1; ++step) {
+      auto desktop = twoApplications();
+      desktop.switchesAt = step;
+      const auto response = data(desktop, request);
+      const bool isMatch = step <= questions;
+      EXPECT_EQ(response.at("image").is_null(), isMatch) << reason << ", question " << step;
+      EXPECT_EQ(response.at("redaction_applied"), isMatch) << reason << ", question " << step;
+      EXPECT_EQ(response.contains("sensitive_bundle_id"), isMatch) << reason << ", question " << step;
+      EXPECT_TRUE(isMatch || desktop.calls["frontmostApplication"] == questions) << reason << ": not one question more";
+    }
+  }
+  auto desktop = twoApplications();
+  desktop.content->windows[0].owningApplication->bundleIdentifiers = [] { return std::vector{std::string("org.v")}; };
+  EXPECT_EQ(data(desktop, R"({"app_name":"Safari"})").at("sensitive_bundle_id"), "org.v") << "a window of another name";
+}
+
 TEST(RunMain, MapsEveryFailureToItsError) {
   struct Case {
     std::string reason, request, code, says;

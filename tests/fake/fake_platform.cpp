@@ -24,6 +24,9 @@ struct FakeApplication final : RunningApplication {
 
   std::int32_t processIdentifier() override { return pid; }
   Text bundleIdentifier() override { return identifier; }
+  std::vector<std::string> bundleIdentifiers() override {
+    return identifier ? std::vector{*identifier} : std::vector<std::string>();
+  }
   Text localizedName() override { return name; }
   ActivationPolicy activationPolicy() override { return policy; }
 };
@@ -82,7 +85,10 @@ struct FakeWorkspace final : Fake<Workspace> {
     std::erase_if(matching, [&](const auto& app) { return app->bundleIdentifier() != identifier; });
     return matching;
   }
-  RunningApplicationRef frontmostApplication() override { return desktop.frontmost; }
+  RunningApplicationRef frontmostApplication() override {
+    if (++desktop.calls["frontmostApplication"] == desktop.switchesAt) desktop.frontmost = desktop.applications.back();
+    return desktop.frontmost;
+  }
   std::optional<Screen> mainScreen() override { return desktop.screen; }
 };
 

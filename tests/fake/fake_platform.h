@@ -51,6 +51,8 @@ struct FakeDesktop {
 
   std::vector<platform::RunningApplicationRef> applications = {};
   platform::RunningApplicationRef frontmost = {};
+  int switchesAt =
+      0;  ///< at this question for the frontmost application, the last of `applications` comes to the front
   std::optional<platform::Screen> screen = {};
 
   bool isTrusted = true;

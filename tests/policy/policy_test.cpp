@@ -9,6 +9,7 @@
 #include "policy/fnmatch_simple.h"
 #include "policy/load_sensitive_apps_config.h"
 #include "policy/parse_sensitive_apps_yaml.h"
+#include "policy/sensitive_app_match.h"
 
 namespace tavik {
 namespace {
@@ -40,6 +41,16 @@ TEST(FnmatchSimple, TakesNoExponentialTime) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(fnmatchSimple({.pattern = "*a*a*a*a*b", .candidate = std::string(100'000, 'a')}));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(SensitiveAppMatch, TriesEveryPatternOnEveryIdentifier) {
+  const SensitiveAppsConfig policy{.bundleIdBlocklist = {"org.none", "org.vault.*", "*"}};
+  using Identifiers = std::vector<std::string>;
+  EXPECT_EQ(sensitiveAppMatch(Identifiers{"org.vault.app"}, policy), "org.vault.app");
+  EXPECT_EQ(sensitiveAppMatch(Identifiers{}, policy), std::nullopt) << "no identifier is not an empty one";
+  const SensitiveAppsConfig one{.bundleIdBlocklist = {"org.none", "org.vault"}};
+  EXPECT_EQ(sensitiveAppMatch(Identifiers{"org.notes", "org.vault"}, one), "org.vault");
+  EXPECT_EQ(sensitiveAppMatch(Identifiers{"org.notes", "org.vault.app"}, one), std::nullopt);
 }
 
 TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {

@@ -49,16 +49,18 @@ TEST(CaptureContext, HoldsWhatThePlatformKnows) {
                                 Time(std::chrono::milliseconds(1'794'835'460'007)) + std::chrono::microseconds(999)};
   const auto platform = fake::makePlatform(desktop);
   ResponseDictionary expected{{"captured_at_utc", "2026-11-16T13:24:20.007Z"}};
-  EXPECT_EQ(captureContext({}, *platform.workspace, *platform.host), expected) << "no application, no screen";
+  EXPECT_EQ(captureContext({}, *platform.workspace, *platform.host).dictionary, expected)
+      << "no application, no screen";
 
   desktop.frontmost = application(2, "", "Front");
   desktop.screen = platform::Screen{.backingScaleFactor = 1.25};
   expected.insert({{"app_bundle_id", ""}, {"app_name", "Front"}, {"display_id", 0}, {"scale_factor", 1.25}});
-  EXPECT_EQ(captureContext({}, *platform.workspace, *platform.host), expected) << "empty is not absent";
+  EXPECT_EQ(captureContext({}, *platform.workspace, *platform.host).dictionary, expected) << "empty is not absent";
 
   expected["app_bundle_id"] = expected["app_name"] = "unknown";
   const ResolvedTargetApp nameless{application(1, nullopt, nullopt)};
-  EXPECT_EQ(captureContext(nameless, *platform.workspace, *platform.host), expected) << "the target comes first";
+  EXPECT_EQ(captureContext(nameless, *platform.workspace, *platform.host).dictionary, expected)
+      << "the target comes first";
 
   EXPECT_EQ(iso8601(Time() - std::chrono::milliseconds(1)), "1969-12-31T23:59:59.999Z");
 }

@@ -35,7 +35,9 @@ struct DesktopEntryCatalogTest : testing::Test {
     fs::create_directories((root / path).parent_path());
     std::ofstream(root / path) << "[Desktop Entry]\nType=Application\n" << lines;
   }
-  DesktopEntryCatalog entries{{root / "user", root / "missing", root / "system"}};
+  DesktopEntryCatalog entries{[this] {
+    return std::vector<std::string>{root / "user", root / "missing", root / "system"};
+  }};
 };
 
 TEST(DesktopEntry, IsReadInTheUsersLanguage) {
@@ -83,30 +85,41 @@ TEST_F(DesktopEntryCatalogTest, TheUsersFilesComeFirst) {
 }
 
 TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
-  add("system/aaa.desktop", "Name=Interpreter\nExec=tool\nNoDisplay=true\n");
-  add("system/org.example.Tool.desktop", "Name=By program\nExec=/usr/bin/tool %f\n");
+  add("system/aaa.desktop", "Name=Interpreter\nExec=script\nNoDisplay=true\n");
+  add("system/org.example.Settings.desktop", "Name=By program\nExec=/usr/bin/tool --settings\n");
+  add("system/org.example.Tool.desktop", "Name=By program and class\nExec=/usr/bin/tool %f\n");
   add("system/org.example.viewer.desktop", "Name=By end of id\nNoDisplay=true\n");
   add("system/Viewer.desktop", "Name=By id\n");
   add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
-  using Row = std::tuple<const char*, ApplicationEvidence, std::optional<std::string>, std::optional<std::string>>;
-  const std::optional<std::string> none, tool = "org.example.Tool";
-  const std::vector<Row> rows{
-      // sandbox, GTK's application id, instance, class, executable, process
-      {"the sandbox's word is final", {"Viewer", "other", "", "other", "", "p"}, "Viewer", "By id"},
-      {"an application without an entry", {"", "org.gtk.Demo", "", "Demo"}, "org.gtk.Demo", "Demo"},
-      {"StartupWMClass, before the id, in any case", {"", "", "tool", "Viewer", "tool"}, "zzz", "By class"},
-      {"the id, in the same case", {"", "", "", "Tool", "other"}, tool, "By program"},
-      {"the id's end is the instance", {"", "", "viewer", "V"}, "org.example.viewer", "By end of id"},
-      {"the program, but of no hidden interpreter", {"", "", "i", "c", "tool"}, tool, "By program"},
-      {"the window only", {"", "", "unknown", "Unknown", "", "p"}, "unknown", "Unknown"},
-      {"the process only", {"", "", "", "", "daemon", "daemon"}, none, "daemon"},
-      {"nothing", {}, none, none},
+  using Identifiers = std::vector<std::string>;
+  struct Row {
+    const char* reason;
+    ApplicationEvidence evidence;  // sandbox, GTK's application id, instance, class, executable, process
+    Identifiers identifiers;
+    std::optional<std::string> name;
   };
-  for (const auto& [reason, evidence, identifier, name] : rows) {
+  const std::string tool = "org.example.Tool", settings = "org.example.Settings", viewer = "org.example.viewer";
+  const Row rows[] = {
+      {"the sandbox's word comes first", {"Viewer", viewer, "", "", "", "p"}, {"Viewer", viewer}, "By id"},
+      {"GTK's word, where an entry bears it out", {"", viewer, "", "Viewer"}, {viewer, "zzz"}, "By end of id"},
+      {"and for want of better", {"", "org.gtk", "i", "c"}, {"org.gtk", "i", "c"}, "c"},
+      {"StartupWMClass, before the id, in any case", {"", "", "viewer", "Viewer"}, {"zzz"}, "By class"},
+      {"the id's end is the instance", {"", "", "viewer", "V"}, {viewer}, "By end of id"},
+      {"the program's entry, whatever the window says",
+       {"", "", "", "Viewer", "tool"},
+       {settings, "zzz"},
+       "By program"},
+      {"of several the one like the window", {"", "", "", "Tool", "tool"}, {tool}, "By program and class"},
+      {"but of no hidden interpreter", {"", "", "i", "c", "script"}, {"i", "c"}, "c"},
+      {"the window only", {"", "", "unknown", "Unknown", "", "p"}, {"unknown", "Unknown"}, "Unknown"},
+      {"the process only", {"", "", "", "", "daemon", "daemon"}, {}, "daemon"},
+      {"nothing", {}, {}, std::nullopt},
+  };
+  for (const auto& [reason, evidence, identifiers, name] : rows) {
     const auto identity = identify(evidence, entries);
-    EXPECT_EQ(identity.bundleIdentifier, identifier) << reason;
+    EXPECT_EQ(identity.bundleIdentifiers, identifiers) << reason;
     EXPECT_EQ(identity.localizedName, name) << reason;
-    EXPECT_EQ(identity.noDisplay, identifier == "org.example.viewer") << reason;
+    EXPECT_EQ(identity.noDisplay, !identifiers.empty() && identifiers.front() == viewer) << reason;
   }
 }
 

@@ -49,10 +49,10 @@ std::optional<std::string> encodeOrNothing(const ImageRef& image, const ImagePar
 
 }  // namespace
 
-awaitable<std::variant<std::string, CaptureImageError>> captureScreenImage(const SurfaceRequest& request,
-                                                                           const ImageParameters& parameters,
-                                                                           ScreenCapture& screenCapture,
-                                                                           platform::Workspace& workspace) {
+awaitable<std::variant<CapturedImage, CaptureImageError>> captureScreenImage(const SurfaceRequest& request,
+                                                                             const ImageParameters& parameters,
+                                                                             ScreenCapture& screenCapture,
+                                                                             platform::Workspace& workspace) {
   if (!screenCapture.preflightScreenCaptureAccess()) co_return CaptureImageError::captureUnavailable;
   const auto content = co_await listContent(screenCapture);
   if (!content) co_return CaptureImageError::captureUnavailable;
@@ -63,7 +63,9 @@ awaitable<std::variant<std::string, CaptureImageError>> captureScreenImage(const
   if (!image) co_return CaptureImageError::captureFailed;
   auto url = encodeOrNothing(*image, parameters);
   if (!url) co_return CaptureImageError::captureFailed;
-  co_return *std::move(url);
+  CapturedImage captured{.dataURL = *std::move(url), .frontmostApplication = surface->frontmostApplication};
+  if (const auto& window = surface->filter.includedWindow) captured.owningApplication = window->owningApplication;
+  co_return captured;
 }
 
 }  // namespace tavik

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -13,10 +14,17 @@
 
 namespace tavik {
 
-/// Takes one screenshot of the surface that the request means, without the cursor, scales and encodes it. Yields its
-/// data URL or why there is none; throws nothing. Suspends while the platform lists its content and while it captures.
+/// A picture, and who is in it.
+struct CapturedImage {
+  std::string dataURL = {};
+  std::optional<platform::OwningApplication> owningApplication = {};  ///< of the window, when it shows one alone
+  platform::RunningApplicationRef frontmostApplication = {};          ///< where the choice of surface depended on it
+};
+
+/// Takes one screenshot of the surface that the request means, without the cursor, scales and encodes it. Yields the
+/// picture or why there is none; throws nothing. Suspends while the platform lists its content and while it captures.
 /// All arguments outlive the task.
-boost::asio::awaitable<std::variant<std::string, CaptureImageError>> captureScreenImage(
+boost::asio::awaitable<std::variant<CapturedImage, CaptureImageError>> captureScreenImage(
     const SurfaceRequest& request, const ImageParameters& parameters, platform::ScreenCapture& screenCapture,
     platform::Workspace& workspace);
 

@@ -40,13 +40,19 @@ bool belongsTo(const Window& window, platform::RunningApplication& app) {
   return window.owningApplication && window.owningApplication->processID == app.processIdentifier();
 }
 
-SurfaceOrError frontmostWindow(const platform::ShareableContent& content, platform::Workspace& workspace) {
+SurfaceOrError windowOrDisplay(const platform::ShareableContent& content, const platform::RunningApplicationRef& app) {
   const auto& display = content.displays.front();
-  const auto app = workspace.frontmostApplication();
   if (!app) return wholeDisplay(display);
   const auto window = std::ranges::find_if(
       content.windows, [&](const Window& candidate) { return belongsTo(candidate, *app) && candidate.isOnScreen; });
   return window != content.windows.end() ? oneWindow(display, *window) : wholeDisplay(display);
+}
+
+SurfaceOrError frontmostWindow(const platform::ShareableContent& content, platform::Workspace& workspace) {
+  const auto app = workspace.frontmostApplication();
+  auto chosen = windowOrDisplay(content, app);
+  if (auto* const surface = std::get_if<Surface>(&chosen)) surface->frontmostApplication = app;
+  return chosen;
 }
 
 bool isPreferred(const Window& window) {

@@ -22,6 +22,7 @@ struct SurfaceRequest {
 struct Surface {
   platform::ContentFilter filter = {};
   platform::StreamConfiguration configuration = {};
+  platform::RunningApplicationRef frontmostApplication = {};  ///< where the choice depended on it
 };
 
 /// Chooses the first listed display and of it: the whole (Target::screen), a rectangle that nobody checks (region), the

@@ -48,21 +48,17 @@ void writeTargetAppNotRunning(const Request& request, platform::StandardStreams&
   writeError(reply, streams);
 }
 
-/// The identifier that the policy is asked about: the target application's, or the frontmost one's for the targets
-/// without any.
-std::optional<std::string> policyBundleIdentifier(Target target, const std::optional<ResolvedTargetApp>& targetApp,
-                                                  platform::Workspace& workspace) {
-  const auto app = target == Target::app ? targetApp->app : workspace.frontmostApplication();
-  return app ? app->bundleIdentifier() : std::nullopt;
+std::optional<std::string> matchOf(const platform::RunningApplicationRef& app, const SensitiveAppsConfig& policy) {
+  return app ? sensitiveAppMatch(app->bundleIdentifiers(), policy) : std::nullopt;
 }
 
-/// Policy, accessibility and level.
+/// Policy, accessibility and level. The policy is asked about the target application, or about the frontmost one for
+/// the targets without any.
 Findings findingsWithoutImage(const EffectiveRequest& wanted, const std::optional<ResolvedTargetApp>& targetApp,
-                              const Platform& platform) {
-  const auto policy = loadSensitiveAppsConfig(*platform.host);
+                              const SensitiveAppsConfig& policy, const Platform& platform) {
   Findings findings;
-  findings.sensitiveBundleId =
-      sensitiveAppMatch(policyBundleIdentifier(wanted.target, targetApp, *platform.workspace), policy);
+  const bool isApp = wanted.target == Target::app;
+  findings.sensitiveBundleId = matchOf(isApp ? targetApp->app : platform.workspace->frontmostApplication(), policy);
   findings.isTrusted = !wanted.includeAXTree || platform.accessibility->isProcessTrusted();
   if (wanted.includeAXTree && findings.isTrusted) {
     findings.ax = captureAXTree(wanted.target, targetApp, policy, *platform.accessibility, *platform.workspace);
@@ -71,11 +67,22 @@ Findings findingsWithoutImage(const EffectiveRequest& wanted, const std::optiona
   return findings;
 }
 
+/// The sensitive application that has come into the picture since the policy was asked, or to the front.
+std::optional<std::string> lateMatch(const CapturedImage& image, const CaptureContext& context,
+                                     const SensitiveAppsConfig& policy) {
+  std::optional<std::string> match;
+  if (image.owningApplication) match = sensitiveAppMatch(image.owningApplication->bundleIdentifiers(), policy);
+  if (!match) match = matchOf(image.frontmostApplication, policy);
+  return match ? match : matchOf(context.application, policy);
+}
+
 /// The second half of the pass: what is found out, and the response.
 awaitable<void> perceive(const EffectiveRequest& wanted, const std::optional<ResolvedTargetApp>& targetApp,
                          const Platform& platform) {
   auto& streams = *platform.streams;
-  auto findings = findingsWithoutImage(wanted, targetApp, platform);
+  const auto policy = loadSensitiveAppsConfig(*platform.host);
+  auto findings = findingsWithoutImage(wanted, targetApp, policy, platform);
+  std::optional<CapturedImage> image;
   const bool capturesImage = wanted.includeImage && findings.levelUsed != Level::ax_only && !findings.sensitiveBundleId;
   if (capturesImage) {
     if (!platform.screenCapture->preflightScreenCaptureAccess()) {
@@ -83,17 +90,19 @@ awaitable<void> perceive(const EffectiveRequest& wanted, const std::optional<Res
     }
     const SurfaceRequest surface{.target = wanted.target, .targetApp = targetApp, .region = wanted.request.region};
     const auto parameters = imageParameters(wanted.request, findings.levelUsed);
-    auto image = co_await captureScreenImage(surface, parameters, *platform.screenCapture, *platform.workspace);
-    if (const auto* const error = std::get_if<CaptureImageError>(&image)) {
+    auto outcome = co_await captureScreenImage(surface, parameters, *platform.screenCapture, *platform.workspace);
+    if (const auto* const error = std::get_if<CaptureImageError>(&outcome)) {
       co_return writeError(
           replyTo(findings.isTrusted ? errorCodeOf(*error) : ErrorCode::accessibility_permission_required), streams);
     }
-    findings.image = std::get<std::string>(std::move(image));
+    image = std::get<CapturedImage>(std::move(outcome));
   } else if (!findings.isTrusted) {
     co_return writeError(replyTo(ErrorCode::accessibility_permission_required), streams);
   }
   auto context = captureContext(targetApp, *platform.workspace, *platform.host);
-  writeResponse({{"ok", true}, {"data", dataObject(std::move(findings), std::move(context))}}, streams);
+  if (image) findings.sensitiveBundleId = lateMatch(*image, context, policy);
+  if (image && !findings.sensitiveBundleId) findings.image = std::move(image->dataURL);
+  writeResponse({{"ok", true}, {"data", dataObject(std::move(findings), std::move(context.dictionary))}}, streams);
 }
 
 /// The first half: request, target, target application.

@@ -23,6 +23,8 @@ struct Display {
 /// The application that a window belongs to (SCRunningApplication).
 struct OwningApplication {
   std::int32_t processID = 0;
+  /// Every identifier that the window gives its application; found out when asked.
+  std::function<std::vector<std::string>()> bundleIdentifiers = [] { return std::vector<std::string>(); };
 };
 
 /// A window (SCWindow).

@@ -25,6 +25,9 @@ struct RunningApplication {
   /// The identifier that the desktop knows the application by ("com.apple.Safari", "org.gnome.Calculator"), if it has
   /// one.
   virtual std::optional<std::string> bundleIdentifier() = 0;
+  /// Every identifier that what is known of it gives, that one first: a desktop may know an application by several, of
+  /// which some can be forged. A policy on any of them is a policy on the application.
+  virtual std::vector<std::string> bundleIdentifiers() = 0;
   /// The name that the desktop shows for it, in the user's language, if it has one.
   virtual std::optional<std::string> localizedName() = 0;
   virtual ActivationPolicy activationPolicy() = 0;
@@ -44,8 +47,8 @@ struct Workspace {
   virtual ~Workspace() = default;
   /// Every running application, in the platform's order.
   virtual std::vector<RunningApplicationRef> runningApplications() = 0;
-  /// Those that carry this bundle identifier, in the same order; the platform does the matching
-  /// (runningApplicationsWithBundleIdentifier:).
+  /// Those that carry this bundle identifier as their first, then those that carry it besides, both in the same order;
+  /// the platform does the matching (runningApplicationsWithBundleIdentifier:).
   virtual std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) = 0;
   /// The application that receives key events; null when there is none.
   virtual RunningApplicationRef frontmostApplication() = 0;

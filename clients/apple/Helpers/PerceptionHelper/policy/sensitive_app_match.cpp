@@ -6,13 +6,15 @@
 
 namespace tavik {
 
-std::optional<std::string> sensitiveAppMatch(const std::optional<std::string>& bundleIdentifier,
+std::optional<std::string> sensitiveAppMatch(std::span<const std::string> bundleIdentifiers,
                                              const SensitiveAppsConfig& policy) {
-  if (!bundleIdentifier) return std::nullopt;
-  const bool isSensitive = std::ranges::any_of(policy.bundleIdBlocklist, [&](const std::string& pattern) {
-    return fnmatchSimple({.pattern = pattern, .candidate = *bundleIdentifier});
-  });
-  return isSensitive ? bundleIdentifier : std::nullopt;
+  const auto isSensitive = [&](const std::string& identifier) {
+    return std::ranges::any_of(policy.bundleIdBlocklist, [&](const std::string& pattern) {
+      return fnmatchSimple({.pattern = pattern, .candidate = identifier});
+    });
+  };
+  const auto found = std::ranges::find_if(bundleIdentifiers, isSensitive);
+  return found != bundleIdentifiers.end() ? std::optional(*found) : std::nullopt;
 }
 
 }  // namespace tavik

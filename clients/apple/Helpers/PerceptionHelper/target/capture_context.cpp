@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <utility>
 
 namespace tavik {
 
@@ -17,10 +18,11 @@ std::string iso8601(std::chrono::system_clock::time_point date) {
   return text.data();
 }
 
-ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& targetApp, platform::Workspace& workspace,
-                                  const platform::Host& host) {
+CaptureContext captureContext(const std::optional<ResolvedTargetApp>& targetApp, platform::Workspace& workspace,
+                              const platform::Host& host) {
   ResponseDictionary context{{"captured_at_utc", iso8601(host.currentDate())}};
-  if (const auto app = targetApp ? targetApp->app : workspace.frontmostApplication()) {
+  auto app = targetApp ? targetApp->app : workspace.frontmostApplication();
+  if (app) {
     context["app_bundle_id"] = app->bundleIdentifier().value_or("unknown");
     context["app_name"] = app->localizedName().value_or("unknown");
   }
@@ -28,7 +30,7 @@ ResponseDictionary captureContext(const std::optional<ResolvedTargetApp>& target
     context["display_id"] = screen->screenNumber.value_or(0);
     context["scale_factor"] = screen->backingScaleFactor;
   }
-  return context;
+  return {.dictionary = std::move(context), .application = std::move(app)};
 }
 
 }  // namespace tavik

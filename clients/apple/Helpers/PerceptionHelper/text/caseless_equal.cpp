@@ -58,18 +58,18 @@ CodePoints decomposed(const CodePoints& codePoints, int options) {
   return result;
 }
 
-/// Folds a text for comparison: NFD(toCasefold(NFD(text))).
-std::optional<CodePoints> folded(std::string_view text) {
-  auto codePoints = decoded(text);
+}  // namespace
+
+/// NFD(toCasefold(NFD(text))).
+CaselessKey caselessKey(std::string_view text) {
+  const auto codePoints = decoded(text);
   if (!codePoints) return std::nullopt;
   return decomposed(decomposed(*codePoints, 0), UTF8PROC_CASEFOLD);
 }
 
-}  // namespace
-
 bool caselessEqual(std::string_view left, std::string_view right) {
-  const auto foldedLeft = folded(left);
-  return foldedLeft && foldedLeft == folded(right);
+  const auto key = caselessKey(left);
+  return key && key == caselessKey(right);
 }
 
 }  // namespace tavik::text

@@ -26,8 +26,9 @@ struct Contribution {
 
 Contribution contributionOfX11() {
   const auto connection = std::make_shared<x11::XConnection>();
-  return {.workspace = x11::makeWorkspace(connection),
-          .screenCapture = x11::makeScreenCapture(connection),
+  const auto catalog = std::make_shared<applications::DesktopEntryCatalog>(&applications::applicationFolders);
+  return {.workspace = x11::makeWorkspace(connection, catalog),
+          .screenCapture = x11::makeScreenCapture(connection, catalog),
           .windowSystem = windowSystemOf(connection)};
 }
 

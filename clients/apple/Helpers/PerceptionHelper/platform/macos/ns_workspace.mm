@@ -18,6 +18,10 @@ class AppKitApplication final : public RunningApplication {
 
   std::int32_t processIdentifier() override { return [application_.get() processIdentifier]; }
   std::optional<std::string> bundleIdentifier() override { return utf8Of([application_.get() bundleIdentifier]); }
+  std::vector<std::string> bundleIdentifiers() override {
+    const auto identifier = bundleIdentifier();
+    return identifier ? std::vector{*identifier} : std::vector<std::string>();
+  }
   std::optional<std::string> localizedName() override { return utf8Of([application_.get() localizedName]); }
   ActivationPolicy activationPolicy() override {
     return static_cast<ActivationPolicy>([application_.get() activationPolicy]);

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/linux/applications/desktop_entry_catalog.h"
 
@@ -21,15 +22,21 @@ struct ApplicationEvidence {
 
 /// Who it is.
 struct ApplicationIdentity {
-  std::optional<std::string> bundleIdentifier = {};  ///< a desktop file id; the window's instance name for want of one
+  /// Every identifier that some evidence gives, the best first.
+  std::vector<std::string> bundleIdentifiers = {};
   std::optional<std::string> localizedName = {};
-  bool noDisplay = false;  ///< its desktop entry is not offered in menus
+  bool noDisplay = false;  ///< the best desktop entry is not offered in menus
 };
 
-/// Weighs the evidence: what the sandbox and the window say outright, then the installed entry that fits best. In
-/// order, an entry whose StartupWMClass is the window's class, whatever the case; whose id is that class; whose id
-/// ends, after its last dot, in the class or the instance; or that starts this program file. The last does not make an
-/// interpreter's own entry, which menus do not show, the identity of everything that it runs.
+/// Weighs the evidence, what cannot be forged first:
+/// 1. the sandbox;
+/// 2. of the installed entries that start this program file, the one that fits the window best. An interpreter's own
+///    entry, which menus do not show, is not the identity of everything that it runs;
+/// 3. the entry that the window names;
+/// 4. of all installed entries, the one that fits the window best;
+/// 5. what the window says of itself, where nothing installed bears it out.
+/// In order, an entry fits a window whose StartupWMClass is the window's class, whatever the case; whose id is that
+/// class; whose id ends, after its last dot, in the class or the instance.
 ApplicationIdentity identify(const ApplicationEvidence& evidence, DesktopEntryCatalog& catalog);
 
 }  // namespace tavik::platform::applications

@@ -81,7 +81,7 @@ void DesktopEntryCatalog::list() {
   if (isListed_) return;
   isListed_ = true;
   std::set<std::string> seen;
-  for (const auto& folder : folders_) {
+  for (const auto& folder : folders_()) {
     for (auto& [id, path] : filesOf(folder)) {
       if (seen.insert(id).second) items_.push_back({.id = id, .path = path});
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +20,8 @@ std::vector<std::string> applicationFolders();
 /// asked for, once. Of several files with one id the first counts.
 class DesktopEntryCatalog {
  public:
-  explicit DesktopEntryCatalog(std::vector<std::string> folders) : folders_(std::move(folders)) {}
+  /// `folders` is asked for them at that first question.
+  explicit DesktopEntryCatalog(std::function<std::vector<std::string>()> folders) : folders_(std::move(folders)) {}
 
   /// How many ids there are.
   std::size_t size();
@@ -38,7 +40,7 @@ class DesktopEntryCatalog {
 
   void list();
 
-  std::vector<std::string> folders_;
+  std::function<std::vector<std::string>()> folders_;
   bool isListed_ = false;
   std::vector<Item> items_ = {};
 };

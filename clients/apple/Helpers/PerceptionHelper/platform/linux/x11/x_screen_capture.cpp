@@ -11,20 +11,27 @@
 #include "platform/linux/x11/capture/server_image.h"
 #include "platform/linux/x11/capture/window_capture.h"
 #include "platform/linux/x11/monitors.h"
+#include "platform/linux/x11/window_identity.h"
 #include "platform/linux/x11/windows/managed_windows.h"
 
 namespace tavik::platform::x11 {
 namespace {
 
-Window toWindow(const ManagedWindow& window) {
-  const auto visible = visibleRect(window);
-  const auto owner = window.processID > 0 ? std::optional(OwningApplication{window.processID}) : std::nullopt;
+using Catalog = std::shared_ptr<applications::DesktopEntryCatalog>;
+
+OwningApplication ownerOf(const ManagedWindow& window, const Catalog& catalog) {
+  return {.processID = window.processID, .bundleIdentifiers = [window, catalog] {
+            return identityOfProcess(window.processID, {&window, 1}, *catalog).bundleIdentifiers;
+          }};
+}
+
+Window toWindow(const ManagedWindow& window, const Catalog& catalog) {
+  const auto owner = window.processID > 0 ? std::optional(ownerOf(window, catalog)) : std::nullopt;
   return {.windowID = window.client,
           .owningApplication = owner,
           .isOnScreen = window.isOnScreen,
           .windowLayer = window.layer,
-          .frame = {static_cast<double>(visible.x), static_cast<double>(visible.y), static_cast<double>(visible.width),
-                    static_cast<double>(visible.height)}};
+          .frame = imaging::toRect(visibleRect(window))};
 }
 
 bool isListed(const ManagedWindow& window, const ShareableContentOptions& options) {
@@ -55,7 +62,7 @@ std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Windo
       std::ranges::find_if(windows, [&](const auto& candidate) { return candidate.client == listed.windowID; });
   if (window == windows.end()) return std::nullopt;
   watch.setFrame(window->frame);
-  const auto now = toWindow(*window).frame;
+  const auto now = imaging::toRect(visibleRect(*window));
   const bool hasItsSize = now.width == listed.frame.width && now.height == listed.frame.height;
   return hasItsSize ? captureWindow(connection, *window, watch) : std::nullopt;
 }
@@ -75,7 +82,8 @@ std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, cons
 
 class XScreenCapture final : public ScreenCapture {
  public:
-  explicit XScreenCapture(std::shared_ptr<XConnection> connection) : connection_(std::move(connection)) {}
+  XScreenCapture(std::shared_ptr<XConnection> connection, Catalog catalog)
+      : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
 
   bool preflightScreenCaptureAccess() override { return connection_->isReachable(); }
 
@@ -87,7 +95,7 @@ class XScreenCapture final : public ScreenCapture {
           {.displayID = monitor.displayID, .width = monitor.rect.width, .height = monitor.rect.height});
     }
     for (const auto& window : managedWindows(*connection_)) {
-      if (isListed(window, options)) content.windows.push_back(toWindow(window));
+      if (isListed(window, options)) content.windows.push_back(toWindow(window, catalog_));
     }
     if (connection_->isReachable()) {
       completionHandler(std::move(content));
@@ -117,12 +125,13 @@ class XScreenCapture final : public ScreenCapture {
   }
 
   std::shared_ptr<XConnection> connection_;
+  Catalog catalog_;
 };
 
 }  // namespace
 
-std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<XConnection> connection) {
-  return std::make_unique<XScreenCapture>(std::move(connection));
+std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<XConnection> connection, Catalog catalog) {
+  return std::make_unique<XScreenCapture>(std::move(connection), std::move(catalog));
 }
 
 }  // namespace tavik::platform::x11

@@ -4,23 +4,22 @@
 #include <optional>
 #include <utility>
 
-#include "platform/linux/applications/application_identity.h"
-#include "platform/linux/applications/process_evidence.h"
 #include "platform/linux/x11/monitors.h"
 #include "platform/linux/x11/scale_factor.h"
+#include "platform/linux/x11/window_identity.h"
 #include "platform/linux/x11/windows/managed_windows.h"
 
 namespace tavik::platform::x11 {
 namespace {
 
-using applications::ApplicationEvidence;
 using applications::ApplicationIdentity;
 using applications::DesktopEntryCatalog;
 
-/// A process and the window that speaks for it: the first regular one, else the first; none for a mere client.
+/// A process and its windows, the one first that speaks for it: a regular one where there is one. None for a mere
+/// client.
 struct ApplicationProcess {
   std::int32_t processID = 0;
-  std::optional<ManagedWindow> window = {};
+  std::vector<ManagedWindow> windows = {};
 };
 
 /// Adds a process, or another window of a known one.
@@ -29,10 +28,12 @@ void addWindow(std::vector<ApplicationProcess>& processes, const ManagedWindow& 
   const auto known =
       std::ranges::find_if(processes, [&](const auto& process) { return process.processID == window.processID; });
   if (known == processes.end()) {
-    processes.push_back({.processID = window.processID, .window = window});
-  } else if (window.isRegular && !known->window->isRegular) {
-    known->window = window;
+    processes.push_back({.processID = window.processID, .windows = {window}});
+    return;
   }
+  auto& windows = known->windows;
+  const bool speaks = window.isRegular && !windows.front().isRegular;
+  windows.insert(speaks ? windows.begin() : windows.end(), window);
 }
 
 std::vector<ApplicationProcess> processesOf(const Desktop& desktop) {
@@ -53,29 +54,23 @@ class XApplication final : public RunningApplication {
       : process_(std::move(process)), catalog_(std::move(catalog)) {}
 
   std::int32_t processIdentifier() override { return process_.processID; }
-  std::optional<std::string> bundleIdentifier() override { return identity().bundleIdentifier; }
+  std::vector<std::string> bundleIdentifiers() override { return identity().bundleIdentifiers; }
+  std::optional<std::string> bundleIdentifier() override {
+    const auto& identifiers = identity().bundleIdentifiers;
+    return identifiers.empty() ? std::nullopt : std::optional(identifiers.front());
+  }
   std::optional<std::string> localizedName() override { return identity().localizedName; }
 
   ActivationPolicy activationPolicy() override {
-    if (!process_.window) return ActivationPolicy::prohibited;
-    return process_.window->isRegular && !identity().noDisplay ? ActivationPolicy::regular
-                                                               : ActivationPolicy::accessory;
+    if (process_.windows.empty()) return ActivationPolicy::prohibited;
+    return process_.windows.front().isRegular && !identity().noDisplay ? ActivationPolicy::regular
+                                                                       : ActivationPolicy::accessory;
   }
 
  private:
   const ApplicationIdentity& identity() {
-    if (!identity_) identity_ = applications::identify(evidence(), *catalog_);
+    if (!identity_) identity_ = identityOfProcess(process_.processID, process_.windows, *catalog_);
     return *identity_;
-  }
-
-  ApplicationEvidence evidence() const {
-    const auto window = process_.window.value_or(ManagedWindow{});
-    return {.flatpakID = applications::flatpakID(process_.processID),
-            .gtkApplicationID = window.gtkApplicationID,
-            .instanceName = window.instanceName,
-            .className = window.className,
-            .executable = applications::executableName(process_.processID),
-            .processName = applications::processName(process_.processID)};
   }
 
   ApplicationProcess process_;
@@ -85,16 +80,22 @@ class XApplication final : public RunningApplication {
 
 class XWorkspace final : public Workspace {
  public:
-  explicit XWorkspace(std::shared_ptr<XConnection> connection) : connection_(std::move(connection)) {}
+  XWorkspace(std::shared_ptr<XConnection> connection, std::shared_ptr<DesktopEntryCatalog> catalog)
+      : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
 
   std::vector<RunningApplicationRef> runningApplications() override {
     return applicationsOf(readDesktop(*connection_));
   }
 
   std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
-    auto applications = runningApplications();
-    std::erase_if(applications, [&](const auto& application) { return application->bundleIdentifier() != identifier; });
-    return applications;
+    std::vector<RunningApplicationRef> first, besides;
+    for (const auto& application : runningApplications()) {
+      const auto identifiers = application->bundleIdentifiers();
+      const auto found = std::ranges::find(identifiers, identifier);
+      if (found != identifiers.end()) (found == identifiers.begin() ? first : besides).push_back(application);
+    }
+    first.insert(first.end(), besides.begin(), besides.end());
+    return first;
   }
 
   RunningApplicationRef frontmostApplication() override {
@@ -113,8 +114,7 @@ class XWorkspace final : public Workspace {
   }
 
  private:
-  std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) {
-    if (!catalog_) catalog_ = std::make_shared<DesktopEntryCatalog>(applications::applicationFolders());
+  std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) const {
     std::vector<RunningApplicationRef> applications;
     for (auto& process : processesOf(desktop)) {
       applications.push_back(std::make_shared<XApplication>(std::move(process), catalog_));
@@ -123,13 +123,14 @@ class XWorkspace final : public Workspace {
   }
 
   std::shared_ptr<XConnection> connection_;
-  std::shared_ptr<DesktopEntryCatalog> catalog_;  ///< made when it is first needed
+  std::shared_ptr<DesktopEntryCatalog> catalog_;
 };
 
 }  // namespace
 
-std::unique_ptr<Workspace> makeWorkspace(std::shared_ptr<XConnection> connection) {
-  return std::make_unique<XWorkspace>(std::move(connection));
+std::unique_ptr<Workspace> makeWorkspace(std::shared_ptr<XConnection> connection,
+                                         std::shared_ptr<DesktopEntryCatalog> catalog) {
+  return std::make_unique<XWorkspace>(std::move(connection), std::move(catalog));
 }
 
 }  // namespace tavik::platform::x11

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "platform/linux/applications/application_identity.h"
+#include "platform/linux/x11/windows/managed_window.h"
+
+namespace tavik::platform::x11 {
+
+/// Who a process is, by what is known of itself and by all of these windows of its, the one first that speaks for it:
+/// its name is that window's, and the identifiers that the others give besides come last. There may be no windows.
+applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std::span<const ManagedWindow> windows,
+                                                    applications::DesktopEntryCatalog& catalog);
+
+}  // namespace tavik::platform::x11
