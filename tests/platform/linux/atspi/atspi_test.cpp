@@ -150,9 +150,12 @@ FakeObjects trickyTree() {
       {"/holes", {.name = "holes", .children = std::vector<std::string>(300, "/leaf")}},
       {"/broken", {.name = "broken", .children = {"/leaf"}, .failing = {"GetChildren", "GetInterfaces"}}},
       {"/itself", {.name = "itself", .children = {"/itself", "/leaf"}}},
+      {"/sockets", {.name = "sockets", .children = {"!/plug", "/leaf", "!/stolen", "!/gone"}}},
+      {"/plug", {.name = "plug", .parent = "/sockets"}},
+      {"/stolen", {.name = "stolen", .parent = "/elsewhere"}},
       {"/leaf", {.role = 29, .interfaces = {"Text"}, .name = "leaf", .text = "leaf"}},
   };
-  objects["/root"].children = {"/nulls", "/many", "", "/holes", "/gone", "/itself", "/broken", "/leaf"};
+  objects["/root"].children = {"/nulls", "/many", "", "/holes", "/gone", "/itself", "/sockets", "/broken", "/leaf"};
   objects["/many"].children[0] = "/nulls";
   objects["/holes"].children[1] = "";
   return objects;
@@ -176,6 +179,8 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   EXPECT_EQ(ahead.calls("Name", "/org/a11y/atspi/null"), 0) << "the null object is no child";
   EXPECT_EQ(ahead.calls("GetChildren", "/many"), 0) << "a big container is not listed whole";
   EXPECT_EQ(ahead.calls("GetText", "/many"), 0) << "no text is asked for where there is none";
+  EXPECT_NE(seen.find("plug"), std::string::npos) << "another process's object that says whose it is";
+  EXPECT_EQ(ahead.calls("GetRole", "/stolen"), 0) << "and one that belongs to somebody else";
   EXPECT_EQ(ahead.calls("GetAll") + ahead.calls("GetLocale"), 0) << "applications crash or hang on them";
 }
 

@@ -21,8 +21,10 @@ dbus::Bus busOn(int descriptor, bool isServer) {
   return bus;
 }
 
-void appendReference(sd_bus_message* reply, const std::string& path) {
-  sd_bus_message_append(reply, "(so)", kName, path.empty() ? "/org/a11y/atspi/null" : path.c_str());
+void appendReference(sd_bus_message* reply, std::string_view path) {
+  const bool isOthers = path.starts_with('!');
+  if (isOthers) path.remove_prefix(1);
+  sd_bus_message_append(reply, "(so)", isOthers ? ":1.2" : kName, path.empty() ? "/org/a11y/atspi/null" : path.data());
 }
 
 void appendArray(sd_bus_message* reply, const char* type, const std::vector<std::string>& items, const auto& append) {
@@ -46,6 +48,7 @@ void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject&
   appendText("Description", "");
   appendText("HelpText", "");
   if (member == "ChildCount") sd_bus_message_append(reply, "v", "i", static_cast<std::int32_t>(object.children.size()));
+  if (member == "Parent") sd_bus_message_append(reply, "v", "(so)", kName, object.parent.c_str());
   if (member == "GetRole") sd_bus_message_append(reply, "u", object.role);
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());
   if (member == "GetState") sd_bus_message_append(reply, "au", 2, object.states, 0U);

@@ -27,7 +27,8 @@ struct FakeObject {
   bool knowsScreen = true;  ///< else extents on the screen are all 0
   std::string toolkitName = {};
   std::string toolkitVersion = {};
-  std::vector<std::string> children = {};  ///< paths; an empty one is the null object
+  std::vector<std::string> children = {};  ///< paths; an empty one is the null object, "!" before one another process's
+  std::string parent = {};                 ///< its path
   std::vector<std::string> matches = {};   ///< paths that Collection.GetMatches finds
   std::set<std::string> failing = {};      ///< methods and properties that answer with an error
   std::set<std::string> mute = {};         ///< those that never answer

@@ -29,12 +29,14 @@ std::optional<std::string> addressOfSessionBus(dbus::Deadline deadline) {
 
 }  // namespace
 
+/// The root window comes last: every client of the X server can write its property.
 dbus::Bus connectToAccessibilityBus(const std::function<std::optional<std::string>()>& addressOfRootWindow) {
-  const dbus::Deadline deadline = std::chrono::steady_clock::now() + dbus::kLongestSilence;
-  const std::array<std::function<std::optional<std::string>()>, 3> sources{
-      addressOfEnvironment, addressOfRootWindow, [deadline] { return addressOfSessionBus(deadline); }};
+  const std::array<std::function<std::optional<std::string>(dbus::Deadline)>, 3> sources{
+      [](dbus::Deadline) { return addressOfEnvironment(); }, addressOfSessionBus,
+      [&](dbus::Deadline) { return addressOfRootWindow(); }};
   for (const auto& source : sources) {
-    const auto address = source();
+    const auto deadline = std::chrono::steady_clock::now() + dbus::kLongestSilence / sources.size();
+    const auto address = source(deadline);
     if (!address) continue;
     if (dbus::Bus bus = dbus::openBus(*address, deadline)) return bus;
   }

@@ -8,8 +8,9 @@
 
 namespace tavik::platform::atspi {
 
-/// Connects to the accessibility bus: at the address in AT_SPI_BUS_ADDRESS, else at the root window's, else at that
-/// which the session bus knows; the first that works. Starts nothing. Null when none works within
+/// Connects to the accessibility bus: at the address in AT_SPI_BUS_ADDRESS, else at that which the session bus knows,
+/// else at the root window's; the first that works. Each has its third of the time, so that a silent one does not hide
+/// the next. Starts nothing. Null when none works within
 /// dbus::kLongestSilence.
 dbus::Bus connectToAccessibilityBus(const std::function<std::optional<std::string>()>& addressOfRootWindow);
 

@@ -74,6 +74,12 @@ const Attribute* findAttribute(std::string_view name) {
   return found != kAttributes.end() ? found : nullptr;
 }
 
+/// References on their way: so many answers are missing.
+struct Answers {
+  std::vector<dbus::Reference> references;
+  std::size_t missing;
+};
+
 }  // namespace
 
 unsigned factsFor(std::span<const std::string_view> attributes) {
@@ -187,17 +193,12 @@ void Element::withChildren(std::size_t limit, const std::function<void()>& then)
 void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) {
   session_->conversation.ask(reference_, kAccessible, "GetChildren", [this, limit, then](const dbus::Answer& answer) {
     const std::size_t taken = std::min(limit, session_->elementsLeft);
-    adopt(readReferences(answer.reply, taken).value_or(std::vector<dbus::Reference>{}));
-    then();
+    adopt(readReferences(answer.reply, taken).value_or(std::vector<dbus::Reference>{}), then);
   });
 }
 
 void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>& then) {
   if (limit == 0) return then();
-  struct Answers {
-    std::vector<dbus::Reference> references;
-    std::size_t missing;
-  };
   const auto answers =
       std::make_shared<Answers>(Answers{.references = std::vector<dbus::Reference>(limit), .missing = limit});
   for (std::size_t index = 0; index < limit; ++index) {
@@ -208,15 +209,34 @@ void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>&
       if (std::ranges::find(answers->references, dbus::Reference{}) != answers->references.end()) {
         return askAllChildren(limit, then);
       }
-      adopt(std::move(answers->references));
-      then();
+      adopt(std::move(answers->references), then);
     };
     session_->conversation.ask(reference_, kAccessible, "GetChildAtIndex", handler, "i",
                                static_cast<std::int32_t>(index));
   }
 }
 
-void Element::adopt(std::vector<dbus::Reference> references) {
+void Element::adopt(std::vector<dbus::Reference> references, const std::function<void()>& then) {
+  const auto isForeign = [this](const dbus::Reference& child) { return child.busName != reference_.busName; };
+  const auto foreign = static_cast<std::size_t>(std::ranges::count_if(references, isForeign));
+  const auto answers = std::make_shared<Answers>(Answers{.references = std::move(references), .missing = foreign});
+  const auto finish = [this, then, answers] {
+    std::erase(answers->references, dbus::Reference{});
+    addChildren(std::move(answers->references));
+    then();
+  };
+  if (foreign == 0) return finish();
+  for (auto& child : answers->references) {
+    if (!isForeign(child)) continue;
+    const auto handler = [this, answers, finish, &child](const dbus::Answer& answer) {
+      if (readReferenceProperty(answer.reply) != reference_) child = {};
+      if (--answers->missing == 0) finish();
+    };
+    session_->conversation.askProperty(dbus::Reference(child), kAccessible, "Parent", handler);
+  }
+}
+
+void Element::addChildren(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
   for (auto& reference : references) {

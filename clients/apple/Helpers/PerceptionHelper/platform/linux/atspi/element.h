@@ -77,7 +77,10 @@ class Element final : public UIElement {
   void askString(const char* property, std::optional<std::string>& result);
   void askAllChildren(std::size_t limit, const std::function<void()>& then);
   void askChildrenByIndex(std::size_t limit, const std::function<void()>& then);
-  void adopt(std::vector<dbus::Reference> references);
+  /// Takes them for its children, but for those of other processes that have another parent: anybody can claim
+  /// anybody's objects.
+  void adopt(std::vector<dbus::Reference> references, const std::function<void()>& then);
+  void addChildren(std::vector<dbus::Reference> references);
   std::optional<std::string> admitted(std::optional<std::string> text);
 
   std::shared_ptr<Session> session_;

@@ -45,9 +45,11 @@ ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
   window.withInterfaces([] {});
   window.session()->conversation.settle();
   if (window.known().interfaces && window.known().interfaces->collection) {
-    if (const auto focused = collectFocused(window)) {
-      return focused->empty() ? nullptr : freshElement(window, focused->front());
-    }
+    const auto focused = collectFocused(window);
+    if (focused && focused->empty()) return nullptr;
+    // One of another process may be anybody's; the search looks at those alone that belong here.
+    const bool isOwn = focused && focused->front().busName == window.reference().busName;
+    if (isOwn) return freshElement(window, focused->front());
   }
   return searchFocused(window, bounds);
 }

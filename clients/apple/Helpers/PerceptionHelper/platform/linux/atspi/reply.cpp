@@ -81,6 +81,10 @@ std::optional<dbus::Reference> readReference(sd_bus_message* reply) {
   return reference && !reference->busName.empty() ? reference : std::nullopt;
 }
 
+std::optional<dbus::Reference> readReferenceProperty(sd_bus_message* reply) {
+  return entersVariant(reply, "(so)") ? readReference(reply) : std::nullopt;
+}
+
 std::optional<std::vector<dbus::Reference>> readReferences(sd_bus_message* reply, std::size_t limit) {
   if (!reply || dbus::sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) {
     return std::nullopt;

@@ -44,6 +44,8 @@ std::optional<Interfaces> readInterfaces(sd_bus_message* reply);
 std::optional<Extents> readExtents(sd_bus_message* reply);
 /// One reference; nothing when it is the null object.
 std::optional<dbus::Reference> readReference(sd_bus_message* reply);
+/// The same of a property.
+std::optional<dbus::Reference> readReferenceProperty(sd_bus_message* reply);
 /// The first `limit` references that are not the null object.
 std::optional<std::vector<dbus::Reference>> readReferences(sd_bus_message* reply, std::size_t limit);
 
