@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "fake/fake_platform.h"
+#include "policy/delivered_policy.h"
 #include "policy/fnmatch_simple.h"
 #include "policy/load_sensitive_apps_config.h"
 #include "policy/parse_sensitive_apps_yaml.h"
@@ -103,6 +104,8 @@ std::optional<std::string> policyOf(const std::string& item) { return "bundle_id
 TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
   using Text = std::optional<std::string>;
   using Case = std::tuple<std::string, Text, fake::Map<Text>, std::vector<std::string>>;
+  const auto delivered = parseSensitiveAppsYAML(deliveredPolicy());
+  EXPECT_GT(delivered.bundleIdBlocklist.size(), 20U);
   for (const auto& [reason, variable, files, expected] : {
            Case{"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
            Case{"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
@@ -111,12 +114,12 @@ TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
            Case{"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
            Case{"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
            Case{"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
-           Case{"nothing reads", "v", {{"/r", std::nullopt}}, {}},
+           Case{"nothing reads: what is compiled in", "v", {{"/r", std::nullopt}}, delivered.bundleIdBlocklist},
        }) {
     fake::FakeDesktop desktop{.files = files, .resources = {{"perception-sensitive-apps.yaml", "/r"}}};
     if (variable) desktop.environment["TAVIK_PERCEPTION_CONFIG"] = *variable;
     const auto platform = fake::makePlatform(desktop);
-    EXPECT_EQ(loadSensitiveAppsConfig(*platform.host), (SensitiveAppsConfig{.bundleIdBlocklist = expected})) << reason;
+    EXPECT_EQ(loadSensitiveAppsConfig(*platform.host).bundleIdBlocklist, expected) << reason;
   }
 }
 

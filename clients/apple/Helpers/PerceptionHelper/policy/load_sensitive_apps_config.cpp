@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "policy/delivered_policy.h"
 #include "policy/parse_sensitive_apps_yaml.h"
 
 namespace tavik {
@@ -13,19 +14,19 @@ std::optional<std::string> readIfExists(const platform::Host& host, const std::s
   return host.readUTF8File(path);
 }
 
-std::optional<std::string> policyText(const platform::Host& host) {
-  if (auto text = readIfExists(host, host.environmentVariable("TAVIK_PERCEPTION_CONFIG").value_or(""))) return text;
+std::string policyText(const platform::Host& host) {
+  if (auto text = readIfExists(host, host.environmentVariable("TAVIK_PERCEPTION_CONFIG").value_or(""))) return *text;
   const auto defaultPath = "/Users/" + host.userName() + "/Documents/Dev/Quorle/config/perception/sensitive-apps.yaml";
-  if (auto text = readIfExists(host, defaultPath)) return text;
+  if (auto text = readIfExists(host, defaultPath)) return *text;
   const auto resource = host.pathForResource("perception-sensitive-apps", "yaml");
-  return resource ? host.readUTF8File(*resource) : std::nullopt;
+  const auto text = resource ? host.readUTF8File(*resource) : std::nullopt;
+  return text ? *text : std::string(deliveredPolicy());
 }
 
 }  // namespace
 
 SensitiveAppsConfig loadSensitiveAppsConfig(const platform::Host& host) {
-  const auto text = policyText(host);
-  return text ? parseSensitiveAppsYAML(*text) : SensitiveAppsConfig::empty;
+  return parseSensitiveAppsYAML(policyText(host));
 }
 
 }  // namespace tavik

@@ -6,8 +6,8 @@
 namespace tavik {
 
 /// The policy in the first file that can be read: the one that the environment variable TAVIK_PERCEPTION_CONFIG names,
-/// the one at the default path in the user's documents, the program's own resource. Without any, the empty policy.
-/// Never fails, says nothing.
+/// the one at the default path in the user's documents, the program's own resource. Without any, the delivered
+/// policy. Never fails, says nothing.
 SensitiveAppsConfig loadSensitiveAppsConfig(const platform::Host& host);
 
 }  // namespace tavik
