@@ -9,6 +9,7 @@ namespace tavik::platform {
 namespace {
 
 using x11::XConnection;
+using x11::XWatchdog;
 
 atspi::DesktopWindow toDesktopWindow(const x11::ManagedWindow& window) {
   const auto& client = window.clientRect;
@@ -25,6 +26,7 @@ atspi::DesktopWindow toDesktopWindow(const x11::ManagedWindow& window) {
 }
 
 std::vector<atspi::DesktopWindow> windowsOfProcess(XConnection& connection, std::int32_t processID) {
+  const XWatchdog::Watch watch(connection.watchdog());
   std::vector<atspi::DesktopWindow> windows;
   for (const auto& window : x11::managedWindows(connection)) {
     if (window.processID == processID) windows.push_back(toDesktopWindow(window));
@@ -34,6 +36,7 @@ std::vector<atspi::DesktopWindow> windowsOfProcess(XConnection& connection, std:
 
 std::optional<std::string> accessibilityBusAddress(XConnection& connection) {
   if (!connection.isReachable()) return std::nullopt;
+  const XWatchdog::Watch watch(connection.watchdog());
   const auto cookie = x11::requestProperty(connection, connection.root(), connection.atom(x11::Atom::atspiBus));
   auto address = x11::textOf(x11::property(connection, cookie));
   return address.empty() ? std::nullopt : std::optional(std::move(address));

@@ -89,6 +89,7 @@ class XScreenCapture final : public ScreenCapture {
 
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> completionHandler) override {
+    const XWatchdog::Watch watch(connection_->watchdog());
     ShareableContent content;
     for (const auto& monitor : monitors(*connection_)) {
       content.displays.push_back(
@@ -117,6 +118,7 @@ class XScreenCapture final : public ScreenCapture {
  private:
   ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) {
     if (!connection_->isReachable()) return nullptr;
+    const XWatchdog::Watch watch(connection_->watchdog());
     auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
                                         : captureDisplay(*connection_, filter, configuration.sourceRect);
     auto image = bitmap ? imaging::makeImage(*std::move(bitmap)) : nullptr;

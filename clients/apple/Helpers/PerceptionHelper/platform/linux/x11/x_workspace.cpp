@@ -84,6 +84,7 @@ class XWorkspace final : public Workspace {
       : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
 
   std::vector<RunningApplicationRef> runningApplications() override {
+    const XWatchdog::Watch watch(connection_->watchdog());
     return applicationsOf(readDesktop(*connection_));
   }
 
@@ -99,6 +100,7 @@ class XWorkspace final : public Workspace {
   }
 
   RunningApplicationRef frontmostApplication() override {
+    const XWatchdog::Watch watch(connection_->watchdog());
     const auto desktop = readDesktop(*connection_);
     const auto applications = applicationsOf(desktop);
     const auto frontmost = std::ranges::find_if(applications, [&](const auto& application) {
@@ -108,6 +110,7 @@ class XWorkspace final : public Workspace {
   }
 
   std::optional<Screen> mainScreen() override {
+    const XWatchdog::Watch watch(connection_->watchdog());
     const auto all = monitors(*connection_);
     if (all.empty()) return std::nullopt;
     return Screen{.screenNumber = all.front().output, .backingScaleFactor = scaleFactor(*connection_)};

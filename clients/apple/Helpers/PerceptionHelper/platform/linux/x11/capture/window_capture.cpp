@@ -89,6 +89,7 @@ bool waitForOtherReaders(XConnection& connection, const Surface& surface) {
   const auto end = Clock::now() + 500ms;
   while (hasPixmap(connection, surface)) {
     if (Clock::now() >= end) return false;
+    const XWatchdog::Pause pause(connection.watchdog());
     std::this_thread::sleep_for(5ms);
   }
   return true;

@@ -34,13 +34,29 @@ OutlineQuery requestOutline(XConnection& connection, xcb_window_t window) {
   return query;
 }
 
+/// The answers. Every reply is taken, also of a window that shows nothing: xcb searches those left behind for each
+/// later one.
+struct OutlineAnswer {
+  MallocPtr<xcb_get_window_attributes_reply_t> attributes = {};
+  MallocPtr<xcb_get_geometry_reply_t> geometry = {};
+  MallocPtr<xcb_shape_query_extents_reply_t> extents = {};
+  MallocPtr<xcb_shape_get_rectangles_reply_t> shape = {};
+};
+
+OutlineAnswer receiveAnswer(XConnection& connection, const OutlineQuery& query) {
+  OutlineAnswer answer{.attributes = connection.reply(xcb_get_window_attributes_reply, query.attributes),
+                       .geometry = connection.reply(xcb_get_geometry_reply, query.geometry)};
+  if (connection.hasExtension(xcb_shape_id)) {
+    answer.extents = connection.reply(xcb_shape_query_extents_reply, query.extents);
+    answer.shape = connection.reply(xcb_shape_get_rectangles_reply, query.shape);
+  }
+  return answer;
+}
+
 /// The bounding shape within a rectangle with a border of this width. The rectangles count from the corner inside of
 /// the border. An unshaped window's are not used: the X.Org server leaves part of the border out of them.
-std::vector<PixelRect> receiveShape(XConnection& connection, const OutlineQuery& query, const PixelRect& whole,
-                                    std::int32_t border) {
-  if (!connection.hasExtension(xcb_shape_id)) return {whole};
-  const auto extents = connection.reply(xcb_shape_query_extents_reply, query.extents);
-  const auto shape = connection.reply(xcb_shape_get_rectangles_reply, query.shape);
+std::vector<PixelRect> shapeOf(const OutlineAnswer& answer, const PixelRect& whole, std::int32_t border) {
+  const auto& [attributes, geometry, extents, shape] = answer;
   const bool isShaped = extents && extents->bounding_shaped != 0;
   if (!isShaped || !shape || shape->rectangles_len > shape->length / 2) return {whole};
   std::vector<PixelRect> parts;
@@ -54,13 +70,13 @@ std::vector<PixelRect> receiveShape(XConnection& connection, const OutlineQuery&
 
 /// None for a window that shows nothing.
 std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuery& query) {
-  const auto attributes = connection.reply(xcb_get_window_attributes_reply, query.attributes);
-  const auto geometry = connection.reply(xcb_get_geometry_reply, query.geometry);
-  if (!attributes || !geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
+  const auto answer = receiveAnswer(connection, query);
+  const auto& attributes = answer.attributes;
+  if (!attributes || !answer.geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
       attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) {
     return {};
   }
-  return receiveShape(connection, query, outerRect(*geometry), geometry->border_width);
+  return shapeOf(answer, outerRect(*answer.geometry), answer.geometry->border_width);
 }
 
 /// The children of the root above this one.

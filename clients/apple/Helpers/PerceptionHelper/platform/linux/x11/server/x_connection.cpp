@@ -17,8 +17,8 @@
 namespace tavik::platform::x11 {
 namespace {
 
-/// How long the server may take to answer. It usually answers within milliseconds; while another client has grabbed it,
-/// as some window managers do while a window is dragged, it answers nobody else.
+/// How long the server may keep the program waiting, in all. It usually answers within milliseconds; while another
+/// client has grabbed it, as some window managers do while a window is dragged, it answers nobody else.
 constexpr std::chrono::milliseconds kPatience{3000};
 
 const xcb_screen_t* screenWithNumber(const xcb_setup_t& setup, int number) {
@@ -52,7 +52,11 @@ bool XConnection::isReachable() {
     triedToOpen_ = true;
     auto [connection, screenNumber] = open();
     connection_ = std::move(connection);
-    if (connection_ && xcb_connection_has_error(xcb()) == 0) prepare(screenNumber);
+    if (connection_ && xcb_connection_has_error(xcb()) == 0) {
+      watchdog_.start(xcb_get_file_descriptor(xcb()), kPatience);
+      const XWatchdog::Watch watch(watchdog_);
+      prepare(screenNumber);
+    }
   }
   return screen_ != nullptr && !gaveUp_ && xcb_connection_has_error(xcb()) == 0;
 }
@@ -95,6 +99,7 @@ MallocPtr<xcb_generic_event_t> XConnection::nextEvent(Clock::time_point deadline
   xcb_flush(xcb());
   while (Clock::now() < deadline) {
     if (MallocPtr<xcb_generic_event_t> event(xcb_poll_for_event(xcb())); event) return event;
+    const XWatchdog::Pause pause(watchdog_);
     if (xcb_connection_has_error(xcb()) != 0 || !waitForInput(deadline)) break;
   }
   return nullptr;

@@ -9,10 +9,9 @@
 
 #include "platform/linux/x11/server/malloc_ptr.h"
 #include "platform/linux/x11/server/x_atoms.h"
+#include "platform/linux/x11/server/x_watchdog.h"
 
 namespace tavik::platform::x11 {
-
-using Clock = std::chrono::steady_clock;
 
 /// The unit in which the protocol counts the lengths of replies and values, in bytes.
 inline constexpr std::size_t kWordBytes = 4;
@@ -29,6 +28,9 @@ class XConnection {
   /// True when there is a server that answers; connects to $DISPLAY at the first call. Call it before the members
   /// below, which need a connection. Once a reply has taken too long, it is false for good.
   bool isReachable();
+
+  /// Whoever asks the server something has one of these meanwhile: all waits of a run together have a limit.
+  XWatchdog& watchdog() { return watchdog_; }
 
   xcb_connection_t* xcb() const { return connection_.get(); }
   const xcb_setup_t& setup() const { return *xcb_get_setup(xcb()); }
@@ -53,7 +55,7 @@ class XConnection {
   MallocPtr<xcb_generic_event_t> queuedEvent() {
     return MallocPtr<xcb_generic_event_t>(xcb_poll_for_queued_event(xcb()));
   }
-  /// The next event, or a failed request's error, that arrives before `deadline`.
+  /// The next event, or a failed request's error, that arrives before `deadline`. This wait counts as a pause.
   MallocPtr<xcb_generic_event_t> nextEvent(Clock::time_point deadline);
 
  private:
@@ -74,6 +76,7 @@ class XConnection {
   bool triedToOpen_ = false;
   bool gaveUp_ = false;
   Handle connection_ = {};
+  XWatchdog watchdog_;  ///< ends before the connection does
   const xcb_screen_t* screen_ = nullptr;
   AtomTable atoms_ = {};
 };

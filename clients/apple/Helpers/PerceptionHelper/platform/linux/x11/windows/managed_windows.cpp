@@ -134,15 +134,16 @@ std::optional<ManagedWindow> receiveWindow(XConnection& connection, const Window
                                            xcb_window_t frame, const RootState& root) {
   const auto attributes = connection.reply(xcb_get_window_attributes_reply, query.attributes);
   ManagedWindow window{.client = client, .frame = frame};
-  if (!readGeometry(connection, query, window) || !attributes) return std::nullopt;
+  // Also of a window that is gone, every reply is taken: xcb searches those left behind for each later one.
+  const bool isThere = readGeometry(connection, query, window) && attributes;
   readTexts(connection, query, window);
   const auto claimed = claimedProcess(property(connection, query.processID));
   const auto known = processOfWindow(root.clients, connection.setup().resource_id_mask, client);
   window.processID = known != 0 ? known : claimed;
   window.isActive = client == root.active || frame == root.active;
-  const auto hints = readHints(connection, query, attributes->map_state == XCB_MAP_STATE_VIEWABLE);
-  applyHints(window, hints, connection.atoms(), root.workspace);
-  return window;
+  const bool isViewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+  applyHints(window, readHints(connection, query, isViewable), connection.atoms(), root.workspace);
+  return isThere ? std::optional(std::move(window)) : std::nullopt;
 }
 
 /// The records of these windows in their order, without those that are gone.
