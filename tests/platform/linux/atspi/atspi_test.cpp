@@ -181,12 +181,16 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   EXPECT_EQ(ahead.calls("GetText", "/many"), 0) << "no text is asked for where there is none";
   EXPECT_NE(seen.find("plug"), std::string::npos) << "another process's object that says whose it is";
   EXPECT_EQ(ahead.calls("GetRole", "/stolen"), 0) << "and one that belongs to somebody else";
+  EXPECT_EQ(ahead.calls("GetRole", "/itself"), 1) << "nothing is below itself";
   EXPECT_EQ(ahead.calls("GetAll") + ahead.calls("GetLocale"), 0) << "applications crash or hang on them";
 }
 
-TEST(ReadTree, EndsInATreeThatHasNoEnd) {
+TEST(ReadTree, EndsInATreeThatIsTooLarge) {
+  const auto twenty = [](const std::string& path) { return std::vector<std::string>(20, path); };
   for (const auto& [elementsLeft, maxElements] : {std::pair<std::size_t, std::size_t>{50, 1000}, {1000, 50}}) {
-    FakePeer peer({{"/root", {.name = "n", .children = std::vector<std::string>(20, "/root")}}});
+    FakePeer peer({{"/root", {.name = "n", .children = twenty("/a")}},
+                   {"/a", {.name = "n", .children = twenty("/b")}},
+                   {"/b", {.name = "n"}}});
     const auto root = peer.takeRoot();
     root->session()->elementsLeft = elementsLeft;
     readTree(*root, {.maxDepth = 1000, .maxChildren = 50, .maxElements = maxElements, .facts = fact::name});

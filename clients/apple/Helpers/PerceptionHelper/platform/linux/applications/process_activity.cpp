@@ -37,13 +37,18 @@ bool sleepsWithOneThread(std::int32_t processID) {
   return state == "S" && threads == "1";
 }
 
-/// The inode numbers of the sockets that a process has open; nothing when that cannot be seen.
+/// Far beyond what an application of one thread has; each takes a question to the kernel.
+constexpr std::size_t kMostDescriptors = 1024;
+
+/// The inode numbers of the sockets that a process has open; nothing when that cannot be seen, or when it has too many
+/// descriptors.
 std::optional<std::vector<std::uint32_t>> socketsOf(std::int32_t processID) {
   constexpr std::string_view kPrefix = "socket:[";
   std::vector<std::uint32_t> inodes;
   std::error_code error;
   fs::directory_iterator item(procPath(processID, "fd"), error);
-  for (; !error && item != fs::directory_iterator(); item.increment(error)) {
+  for (std::size_t seen = 0; !error && item != fs::directory_iterator(); item.increment(error)) {
+    if (++seen > kMostDescriptors) return std::nullopt;
     std::error_code closed;
     const auto target = fs::read_symlink(item->path(), closed).string();
     if (!target.starts_with(kPrefix)) continue;

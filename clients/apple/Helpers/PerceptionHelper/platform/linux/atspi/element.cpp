@@ -90,8 +90,11 @@ unsigned factsFor(std::span<const std::string_view> attributes) {
   return facts;
 }
 
-Element::Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset)
-    : session_(std::move(session)), reference_(std::move(reference)), known_{.offset = offset} {}
+Element::Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
+                 std::shared_ptr<const Lineage> parent)
+    : session_(std::move(session)),
+      lineage_(std::make_shared<Lineage>(Lineage{.reference = std::move(reference), .parent = std::move(parent)})),
+      known_{.offset = offset} {}
 
 std::optional<AttributeValue> Element::copyAttributeValue(std::string_view name) {
   if (name == "AXChildren") {
@@ -113,7 +116,7 @@ void Element::ask(unsigned facts) {
   const auto isFresh = [fresh](unsigned fact) { return (fresh & fact) != 0; };
   if (isFresh(fact::role)) askRole();
   if (isFresh(fact::states)) {
-    session_->conversation.ask(reference_, kAccessible, "GetState",
+    session_->conversation.ask(reference(), kAccessible, "GetState",
                                [this](const dbus::Answer& answer) { known_.states = readStates(answer.reply); });
   }
   if (isFresh(fact::name)) askString("Name", known_.name);
@@ -129,22 +132,22 @@ void Element::ask(unsigned facts) {
 
 void Element::withInterfaces(const std::function<void()>& then) {
   if (std::exchange(askedInterfaces_, true)) return then();
-  session_->conversation.ask(reference_, kAccessible, "GetInterfaces", [this, then](const dbus::Answer& answer) {
+  session_->conversation.ask(reference(), kAccessible, "GetInterfaces", [this, then](const dbus::Answer& answer) {
     known_.interfaces = readInterfaces(answer.reply);
     then();
   });
 }
 
 void Element::askRole() {
-  session_->conversation.ask(reference_, kAccessible, "GetRole", [this](const dbus::Answer& answer) {
+  session_->conversation.ask(reference(), kAccessible, "GetRole", [this](const dbus::Answer& answer) {
     const auto role = readUInt32(answer.reply);
     if (!role) return;
     if (needsRoleName(*role)) {
-      session_->conversation.ask(reference_, kAccessible, "GetRoleName", [this](const dbus::Answer& named) {
+      session_->conversation.ask(reference(), kAccessible, "GetRoleName", [this](const dbus::Answer& named) {
         if (const auto roleName = readString(named.reply)) known_.role = axRole(*roleName);
       });
     } else if (needsLineState(*role)) {
-      session_->conversation.ask(reference_, kAccessible, "GetState", [this, role](const dbus::Answer& stated) {
+      session_->conversation.ask(reference(), kAccessible, "GetState", [this, role](const dbus::Answer& stated) {
         if (const auto states = readStates(stated.reply)) known_.role = axRole(*role, (*states & kMultiLine) != 0);
       });
     } else {
@@ -154,15 +157,15 @@ void Element::askRole() {
 }
 
 void Element::askString(const char* property, std::optional<std::string>& result) {
-  session_->conversation.askProperty(reference_, kAccessible, property, [this, &result](const dbus::Answer& answer) {
+  session_->conversation.askProperty(reference(), kAccessible, property, [this, &result](const dbus::Answer& answer) {
     result = admitted(readStringProperty(answer.reply));
   });
 }
 
 void Element::askHelpText() {
-  if (session_->withoutHelpText.contains(reference_.busName)) return;
-  session_->conversation.askProperty(reference_, kAccessible, "HelpText", [this](const dbus::Answer& answer) {
-    if (answer.isUnsupported) session_->withoutHelpText.insert(reference_.busName);
+  if (session_->withoutHelpText.contains(reference().busName)) return;
+  session_->conversation.askProperty(reference(), kAccessible, "HelpText", [this](const dbus::Answer& answer) {
+    if (answer.isUnsupported) session_->withoutHelpText.insert(reference().busName);
     known_.helpText = admitted(readStringProperty(answer.reply));
   });
 }
@@ -170,19 +173,19 @@ void Element::askHelpText() {
 void Element::askText() {
   constexpr std::int32_t kToTheEnd = -1;
   const auto handler = [this](const dbus::Answer& answer) { known_.text = admitted(readString(answer.reply)); };
-  session_->conversation.ask(reference_, kText, "GetText", handler, "ii", std::int32_t{0}, kToTheEnd);
+  session_->conversation.ask(reference(), kText, "GetText", handler, "ii", std::int32_t{0}, kToTheEnd);
 }
 
 void Element::askExtents() {
   const auto handler = [this](const dbus::Answer& answer) { known_.extents = readExtents(answer.reply); };
-  session_->conversation.ask(reference_, kComponent, "GetExtents", handler, "u",
+  session_->conversation.ask(reference(), kComponent, "GetExtents", handler, "u",
                              static_cast<std::uint32_t>(session_->coordinates));
 }
 
 void Element::withChildren(std::size_t limit, const std::function<void()>& then) {
   if (std::exchange(askedChildren_, true)) return then();
   session_->conversation.askProperty(
-      reference_, kAccessible, "ChildCount", [this, limit, then](const dbus::Answer& answer) {
+      reference(), kAccessible, "ChildCount", [this, limit, then](const dbus::Answer& answer) {
         const auto count = readInt32Property(answer.reply);
         if (!count || *count == 0) return then();
         const bool areMany = *count > kManyChildren && limit <= static_cast<std::size_t>(kManyChildren);
@@ -191,7 +194,7 @@ void Element::withChildren(std::size_t limit, const std::function<void()>& then)
 }
 
 void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) {
-  session_->conversation.ask(reference_, kAccessible, "GetChildren", [this, limit, then](const dbus::Answer& answer) {
+  session_->conversation.ask(reference(), kAccessible, "GetChildren", [this, limit, then](const dbus::Answer& answer) {
     const std::size_t taken = std::min(limit, session_->elementsLeft);
     adopt(readReferences(answer.reply, taken).value_or(std::vector<dbus::Reference>{}), then);
   });
@@ -211,13 +214,20 @@ void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>&
       }
       adopt(std::move(answers->references), then);
     };
-    session_->conversation.ask(reference_, kAccessible, "GetChildAtIndex", handler, "i",
+    session_->conversation.ask(reference(), kAccessible, "GetChildAtIndex", handler, "i",
                                static_cast<std::int32_t>(index));
   }
 }
 
+bool Element::isBelow(const dbus::Reference& reference) const {
+  const auto* ancestor = lineage_.get();
+  while (ancestor != nullptr && ancestor->reference != reference) ancestor = ancestor->parent.get();
+  return ancestor != nullptr;
+}
+
 void Element::adopt(std::vector<dbus::Reference> references, const std::function<void()>& then) {
-  const auto isForeign = [this](const dbus::Reference& child) { return child.busName != reference_.busName; };
+  std::erase_if(references, [this](const dbus::Reference& child) { return isBelow(child); });
+  const auto isForeign = [this](const dbus::Reference& child) { return child.busName != reference().busName; };
   const auto foreign = static_cast<std::size_t>(std::ranges::count_if(references, isForeign));
   const auto answers = std::make_shared<Answers>(Answers{.references = std::move(references), .missing = foreign});
   const auto finish = [this, then, answers] {
@@ -229,7 +239,7 @@ void Element::adopt(std::vector<dbus::Reference> references, const std::function
   for (auto& child : answers->references) {
     if (!isForeign(child)) continue;
     const auto handler = [this, answers, finish, &child](const dbus::Answer& answer) {
-      if (readReferenceProperty(answer.reply) != reference_) child = {};
+      if (readReferenceProperty(answer.reply) != reference()) child = {};
       if (--answers->missing == 0) finish();
     };
     session_->conversation.askProperty(dbus::Reference(child), kAccessible, "Parent", handler);
@@ -240,7 +250,7 @@ void Element::addChildren(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
   for (auto& reference : references) {
-    known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset));
+    known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset, lineage_));
   }
 }
 

@@ -42,13 +42,21 @@ struct Knowledge {
 /// What a walk has to ask for to read these attributes of an object; its children are asked for apart.
 unsigned factsFor(std::span<const std::string_view> attributes);
 
+/// The objects from the root of a tree down to one of it.
+struct Lineage {
+  dbus::Reference reference = {};
+  std::shared_ptr<const Lineage> parent = {};
+};
+
 /// An object of an accessibility tree. Asks for each thing at most once, when it is first wanted, and keeps what it was
 /// told: a thing that could not be read then stays unread. Settle the
 /// session before destroying the element: pending replies point into it.
 class Element final : public UIElement {
  public:
   static constexpr std::size_t kAllChildren = SIZE_MAX;
-  Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset);
+  /// `parent` is null for the root of a tree.
+  Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
+          std::shared_ptr<const Lineage> parent = {});
 
   /// An element whose role could not be read has no "AXValue" either, because what must not be shown is told by the
   /// role. "AXValue" is the text of the Text interface as the toolkit gives it to anyone, bullets for a password; it is
@@ -64,7 +72,7 @@ class Element final : public UIElement {
   void withChildren(std::size_t limit, const std::function<void()>& then);
 
   const std::shared_ptr<Session>& session() const { return session_; }
-  const dbus::Reference& reference() const { return reference_; }
+  const dbus::Reference& reference() const { return lineage_->reference; }
   const Knowledge& known() const { return known_; }
   /// For a window, before its children are known.
   void setOffset(std::optional<Point> offset) { known_.offset = offset; }
@@ -77,14 +85,15 @@ class Element final : public UIElement {
   void askString(const char* property, std::optional<std::string>& result);
   void askAllChildren(std::size_t limit, const std::function<void()>& then);
   void askChildrenByIndex(std::size_t limit, const std::function<void()>& then);
-  /// Takes them for its children, but for those of other processes that have another parent: anybody can claim
-  /// anybody's objects.
+  /// Takes them for its children, but for those that it is itself below, and for those of other processes that have
+  /// another parent: anybody can claim anybody's objects.
   void adopt(std::vector<dbus::Reference> references, const std::function<void()>& then);
+  bool isBelow(const dbus::Reference& reference) const;
   void addChildren(std::vector<dbus::Reference> references);
   std::optional<std::string> admitted(std::optional<std::string> text);
 
   std::shared_ptr<Session> session_;
-  dbus::Reference reference_;
+  std::shared_ptr<const Lineage> lineage_;
   Knowledge known_;
   unsigned asked_ = 0;
   bool askedInterfaces_ = false;

@@ -23,8 +23,8 @@ struct Session {
 
   dbus::Conversation conversation;
   Coordinates coordinates = Coordinates::screen;
-  std::size_t elementsLeft = 100'000;
-  std::size_t textBytesLeft = std::size_t{256} << 20U;
+  std::size_t elementsLeft = 20'000;
+  std::size_t textBytesLeft = std::size_t{8} << 20U;
   std::set<std::string> withoutHelpText = {};  ///< bus names whose toolkit knows no HelpText, a property of newer ones
 };
 

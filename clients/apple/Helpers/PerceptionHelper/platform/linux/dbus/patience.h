@@ -10,8 +10,8 @@ inline constexpr std::chrono::milliseconds kLongestSilence{1200};
 
 /// How long other processes may keep the program waiting.
 struct PatienceLimits {
-  std::chrono::microseconds silence = kLongestSilence;         ///< without any answer, while one is awaited
-  std::chrono::microseconds total = std::chrono::seconds(10);  ///< of waiting in all
+  std::chrono::microseconds silence = kLongestSilence;        ///< without any answer, while one is awaited
+  std::chrono::microseconds total = std::chrono::seconds(4);  ///< of waiting in all
 };
 
 /// Keeps the time of waiting for answers. Time outside of startWaiting and stopWaiting does not count.

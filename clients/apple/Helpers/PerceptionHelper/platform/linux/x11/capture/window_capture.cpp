@@ -154,11 +154,12 @@ std::optional<imaging::Bitmap> readSurface(XConnection& connection, const Surfac
   return watch.hasChanged() ? std::nullopt : readRepainted(connection, surface, watch, processID);
 }
 
-/// True when the window fills all that is wanted of it.
+/// True when the window fills all that is wanted of it. The parts of an outline do not overlap.
 bool isRectangular(const Surface& surface) {
-  std::vector<PixelRect> outside{surface.visible};
-  for (const auto& part : surface.outline) outside = subtract(outside, part);
-  return outside.empty();
+  const auto area = [](const PixelRect& rect) { return std::int64_t{rect.width} * rect.height; };
+  auto left = area(surface.visible);
+  for (const auto& part : surface.outline) left -= area(part);
+  return left <= 0;
 }
 
 }  // namespace

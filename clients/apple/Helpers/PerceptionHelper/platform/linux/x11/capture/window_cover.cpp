@@ -79,6 +79,23 @@ std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuer
   return shapeOf(answer, outerRect(*answer.geometry), answer.geometry->border_width);
 }
 
+/// An outline as one rectangle around it when it has so many parts, beside the other's, that comparing them would take
+/// long: then more counts as covered than is.
+std::vector<PixelRect> simplified(std::vector<PixelRect> outline, std::size_t othersParts) {
+  constexpr std::size_t kManyPairs = 1'000'000;
+  if (outline.size() <= 1 || outline.size() <= kManyPairs / std::max<std::size_t>(othersParts, 1)) return outline;
+  auto whole = outline.front();
+  for (const auto& part : outline) {
+    const auto right = std::max(whole.x + whole.width, part.x + part.width);
+    const auto bottom = std::max(whole.y + whole.height, part.y + part.height);
+    whole.x = std::min(whole.x, part.x);
+    whole.y = std::min(whole.y, part.y);
+    whole.width = right - whole.x;
+    whole.height = bottom - whole.y;
+  }
+  return {whole};
+}
+
 /// The children of the root above this one.
 std::vector<xcb_window_t> windowsAbove(XConnection& connection, xcb_window_t frame) {
   const auto tree = connection.reply(xcb_query_tree_reply, xcb_query_tree(connection.xcb(), connection.root()));
@@ -99,7 +116,7 @@ std::vector<PixelRect> hiddenParts(XConnection& connection, xcb_window_t frame, 
   for (const auto window : windowsAbove(connection, frame)) queries.push_back(requestOutline(connection, window));
   auto hidden = subtract(outline, {.width = screen.width_in_pixels, .height = screen.height_in_pixels});
   for (const auto& query : queries) {
-    const auto covered = intersection(outline, receiveOutline(connection, query));
+    const auto covered = intersection(outline, simplified(receiveOutline(connection, query), outline.size()));
     hidden.insert(hidden.end(), covered.begin(), covered.end());
   }
   return hidden;

@@ -8,7 +8,7 @@
 namespace tavik::platform::x11 {
 
 /// The outline of a window in root window coordinates (its bounding shape): one rectangle for an ordinary window, none
-/// for one that is gone.
+/// for one that is gone. Its parts do not overlap.
 std::vector<imaging::PixelRect> outlineOf(XConnection& connection, xcb_window_t frame);
 
 /// The parts of `outline` that the screen does not show: those below windows above `frame`, and those beyond the
