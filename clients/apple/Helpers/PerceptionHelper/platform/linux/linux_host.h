@@ -7,8 +7,8 @@
 namespace tavik::platform {
 
 /// The host of a Linux process. Its resources lie beside the executable (a build folder), else in the folder
-/// ../share/tavik-perception-helper beside the executable's own (an installation). Only regular files are read, since a
-/// pipe or a device could hold the reader for ever.
+/// ../share/tavik-perception-helper beside the executable's own (an installation). No file that is read holds the
+/// reader for longer than a second.
 std::unique_ptr<Host> makeLinuxHost();
 
 }  // namespace tavik::platform

@@ -2,37 +2,50 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <poll.h>
 #include <unistd.h>
 
 namespace tavik::platform::posix {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+/// How long poll(2) may wait: for ever without a deadline.
+int millisecondsUntil(const std::optional<Clock::time_point>& deadline) {
+  if (!deadline) return -1;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now());
+  return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+}
+
 /// After a failed call: true when it is worth another try, having waited for a non-blocking descriptor to become ready.
-bool shouldTryAgain(int descriptor, short event) {
+bool shouldTryAgain(int descriptor, short event, const std::optional<Clock::time_point>& deadline = {}) {
   if (errno == EINTR) return true;
   if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
   pollfd waiting{.fd = descriptor, .events = event, .revents = 0};
-  return ::poll(&waiting, 1, -1) >= 0 || errno == EINTR;
+  const int ready = ::poll(&waiting, 1, millisecondsUntil(deadline));
+  return ready > 0 || (ready < 0 && errno == EINTR);
 }
 
 }  // namespace
 
-ReadResult readToEnd(int descriptor) {
+ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
   constexpr std::size_t kLeastRoom = 64 * 1024;
+  const auto deadline = limits.patience ? std::optional(Clock::now() + *limits.patience) : std::nullopt;
   ReadResult result;
   std::size_t size = 0;
-  while (true) {
+  while (size <= limits.bytes) {
     if (result.bytes.size() - size < kLeastRoom) result.bytes.resize(std::max(2 * size, size + kLeastRoom));
     const auto count = ::read(descriptor, result.bytes.data() + size, result.bytes.size() - size);
     if (count > 0) {
       size += static_cast<std::size_t>(count);
-    } else if (count == 0 || !shouldTryAgain(descriptor, POLLIN)) {
+    } else if (count == 0 || !shouldTryAgain(descriptor, POLLIN, deadline)) {
       result.isComplete = count == 0;
-      result.bytes.resize(size);
-      return result;
+      break;
     }
   }
+  result.bytes.resize(size);
+  return result;
 }
 
 void writeAll(int descriptor, std::string_view bytes) {

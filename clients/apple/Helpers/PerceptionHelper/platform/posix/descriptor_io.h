@@ -1,5 +1,9 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,8 +16,14 @@ struct ReadResult {
   bool isComplete = false;  ///< the end of file was reached
 };
 
-/// Reads to the end of file.
-ReadResult readToEnd(int descriptor);
+/// How much is read, and how long a descriptor that does not block is waited for.
+struct ReadLimits {
+  std::size_t bytes = std::numeric_limits<std::size_t>::max();
+  std::optional<std::chrono::milliseconds> patience = {};  ///< in all; no limit when absent
+};
+
+/// Reads to the end of file, which is not reached when there are more bytes than the limit, or when the patience ends.
+ReadResult readToEnd(int descriptor, const ReadLimits& limits = {});
 
 /// Writes all of `bytes`, or what the descriptor takes before its first error.
 void writeAll(int descriptor, std::string_view bytes);

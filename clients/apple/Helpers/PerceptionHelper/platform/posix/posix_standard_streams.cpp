@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor_io.h"
+#include "platform/posix/regular_file.h"
 
 namespace tavik::platform::posix {
 namespace {
@@ -28,6 +29,7 @@ struct PosixStandardStreams final : StandardStreams {
 std::unique_ptr<StandardStreams> makeStandardStreams() {
   std::signal(SIGPIPE, SIG_IGN);
   occupyClosedDescriptors();
+  keepDescriptorInReserve();
   return std::make_unique<PosixStandardStreams>();
 }
 

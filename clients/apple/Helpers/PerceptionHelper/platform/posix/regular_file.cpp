@@ -1,5 +1,6 @@
 #include "platform/posix/regular_file.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <utility>
@@ -8,15 +9,51 @@
 #include "platform/posix/file_descriptor.h"
 
 namespace tavik::platform::posix {
+namespace {
+
+FileDescriptor& reserve() {
+  static FileDescriptor descriptor(-1);
+  return descriptor;
+}
+
+FileDescriptor open(const std::string& path) {
+  constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
+  FileDescriptor file(::open(path.c_str(), kFlags));
+  if (file.isOpen() || (errno != EMFILE && errno != ENFILE) || !reserve().isOpen()) return file;
+  reserve() = FileDescriptor(-1);
+  return FileDescriptor(::open(path.c_str(), kFlags));
+}
+
+mode_t typeOf(const FileDescriptor& file, off_t& size) {
+  struct stat status {};
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return 0;
+  size = status.st_size;
+  return status.st_mode & S_IFMT;
+}
+
+std::optional<std::string> wholeOf(ReadResult result) {
+  return result.isComplete ? std::optional(std::move(result.bytes)) : std::nullopt;
+}
+
+}  // namespace
+
+void keepDescriptorInReserve() { reserve() = FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)); }
 
 std::optional<std::string> readRegularFile(const std::string& path, std::size_t limit) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status {};
-  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  if (std::cmp_greater(status.st_size, limit)) return std::nullopt;
-  auto [bytes, isComplete] = readToEnd(file.get());
-  if (!isComplete || bytes.size() > limit) return std::nullopt;
-  return std::move(bytes);
+  const auto file = open(path);
+  off_t size = 0;
+  if (typeOf(file, size) != S_IFREG || std::cmp_greater(size, limit)) return std::nullopt;
+  return wholeOf(readToEnd(file.get(), {.bytes = limit}));
+}
+
+std::optional<std::string> readFileOrPipe(const std::string& path, const ReadLimits& limits) {
+  const auto file = open(path);
+  off_t size = 0;
+  const auto type = typeOf(file, size);
+  if (type == S_IFREG && std::cmp_less_equal(size, limits.bytes)) return wholeOf(readToEnd(file.get(), limits));
+  if (type != S_IFIFO) return std::nullopt;
+  auto text = wholeOf(readToEnd(file.get(), limits));
+  return text && !text->empty() ? text : std::nullopt;
 }
 
 }  // namespace tavik::platform::posix

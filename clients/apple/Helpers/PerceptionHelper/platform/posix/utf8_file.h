@@ -5,8 +5,9 @@
 
 namespace tavik::platform::posix {
 
-/// The whole of a regular file, without a byte-order mark. Nothing when it cannot be read or is not valid UTF-8. A pipe
-/// or a device, which could hold the reader for ever, counts as unreadable.
+/// The whole of a regular file, or of a pipe whose writers are done within a second, without a byte-order mark. Nothing
+/// when it cannot be read, is larger than 16 MiB, or is not valid UTF-8. A device, and a pipe that nobody has written
+/// to, count as unreadable.
 std::optional<std::string> readUTF8File(const std::string& path);
 
 }  // namespace tavik::platform::posix
