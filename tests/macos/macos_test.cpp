@@ -231,7 +231,7 @@ TEST(MacOS, DescribesApplicationsScreenAndPolicy) {
       {vault, "/data/sensitive_bundle_id", "org.vault"},
       {vault, "/code", "target_app_has_no_window", {}, lenient},
       {kTree, "/data/ax_tree/children/0/value", "hunter2", {}, lenient},
-      {kTree, "/data/ax_tree/children/0/value", "hunter2", {}, [](World& w) { w.resource.reset(); }},
+      {kTree, "/data/ax_tree/children/0/value", "<redacted>", {}, [](World& w) { w.resource.reset(); }},
   });
 }
 
