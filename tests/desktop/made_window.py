@@ -1,7 +1,7 @@
 """A GTK window made to order, of the kind that the command line names.
 
 secrets: a password field that shows bullets, and one that shows its text, as those of careless applications do; crowd:
-a table of ten thousand rows; name: a title of a megabyte; glass: a translucent colour, in a window with an alpha
+a table of ten thousand rows; two: a second window, of the class Vault; name: a title of a megabyte; glass: a translucent colour, in a window with an alpha
 channel; stop, kill: that signal to itself when it is asked for the name of what lies between its labels. Three wait for
 SIGUSR1. popup: a menu-like window of no manager's, over the window; restless: one colour all over, another place and
 size every 40 ms; hang: serves neither its window nor its bus, being busy, and after SIGUSR2 asleep.
@@ -125,6 +125,11 @@ def main(kind: str) -> None:
         window.get_window().set_background_rgba(Gdk.RGBA(1, 127 / 255, 0, 1))
     if kind == "restless":
         paint(window, "rgb(255, 127, 0)")
+    if kind == "two":
+        vault = Gtk.Window(title="vault")
+        vault.set_wmclass("vault", "Vault")
+        vault.add(Gtk.Label(label="vault"))
+        vault.show_all()
     signal.signal(signal.SIGUSR1, lambda *_: TROUBLE[kind](window))
     signal.signal(signal.SIGUSR2, lambda *_: time.sleep(1000))
     window.connect("destroy", Gtk.main_quit)

@@ -1,11 +1,13 @@
 """Secrets stay where they are, and a sensitive application is not pictured."""
 
+import json
 import os
+import shutil
 import unittest
 from pathlib import Path
 
 from made_window import SECRETS
-from perception import PIXELS, TREE, Environment, capture
+from perception import HELPER, PIXELS, TREE, Environment, capture, run
 from witnesses import Window, accessible_tree, values, windows_of_class
 
 IDENTIFIER = "org.example.SignIn"
@@ -42,6 +44,18 @@ class PolicyTest(unittest.TestCase):
                 for secret in (*SECRETS, "•", "●"):
                     self.assertNotIn(secret, str(data))
                 self.assertEqual(values(data["ax_tree"], "AXTextField"), ["alice"])
+
+    def test_helper_that_has_lost_its_files_has_the_delivered_policy(self) -> None:
+        alone = shutil.copy(HELPER, os.environ["HOME"])
+        answer = json.loads(run(json.dumps(REQUEST | TREE).encode(), DELIVERED, [alone]).stdout)
+        self.assertEqual(values(answer["data"]["ax_tree"], "AXSecureTextField"), ["<redacted>"] * 2)
+
+    def test_every_window_of_a_process_speaks_for_it(self) -> None:
+        sensitive = policy('bundle_id_blocklist:\n  - "Vault"\n')
+        for identifier in ("made-two", "vault"):
+            with self.subTest(identifier):
+                data = capture({"app_bundle_id": identifier} | PIXELS, sensitive)
+                self.assertEqual((data["image"], data.get("sensitive_bundle_id")), (None, "Vault"))
 
     def test_empty_policy_withholds_nothing(self) -> None:
         data = capture(REQUEST, policy(""))
