@@ -2,7 +2,6 @@
 #include <array>
 #include <limits>
 #include <string>
-#include <tuple>
 
 #include <boost/json/parse.hpp>
 #include <gtest/gtest.h>
@@ -43,30 +42,35 @@ auto valued(Value role, Value value) { return element({{"AXRole", role}, {"AXVal
 auto framed(Value position, Value size) { return element({{"AXPosition", position}, {"AXSize", size}}); }
 
 TEST(WalkAXElement, ReportsCountsAndRedacts) {
-  using Case = std::tuple<std::string, fake::FakeElementRef, std::string, std::int64_t, bool>;
   constexpr double kInfinite = std::numeric_limits<double>::infinity();
   const auto flag = "\U0001F1E9\U0001F1EA"s, accented = "e\u0301"s;
   const auto all =
       R"({"role":"AXButton","title":"e\u0301","value":"\ud83c\udde9\ud83c\uddea","help":"h","description":""})";
   const auto empty = R"({"role":"AXCheckBox","value":"<redacted>"})";
   const auto secret = R"({"role":"AXCheckBox","title":"abc","value":"<redacted>","help":"h","description":"de"})";
-  for (const auto& [reason, root, node, textChars, redacted] : {
-           Case{"perceived characters count", texts({"AXButton"s, accented, flag, "h"s, ""s}), all, 2, false},
-           Case{"other types: no key", texts({1.0, true, OtherValue{}, element({}), Point{}}), "{}", 0, false},
-           Case{"a secret is withheld", texts({"AXCheckBox"s, "abc"s, "hunter2"s, "h"s, "de"s}), secret, 5, true},
-           Case{"an empty one too", valued("AXCheckBox"s, ""s), empty, 0, true},
-           Case{"a number is none", valued("AXCheckBox"s, 1.0), R"({"role":"AXCheckBox"})", 0, false},
-           Case{"another case", valued("axcheckbox"s, "v"s), R"({"role":"axcheckbox","value":"v"})", 1, false},
-           Case{"no role", element({{"AXValue", "v"s}}), R"({"value":"v"})", 1, false},
-           Case{"truncates to zero", framed(Point{12.9, -3.5}, Size{-0.7, 1e6}), R"({"frame":[12,-3,0,1000000]})", 0,
-                false},
-           Case{"another type leaves zeros", framed(Size{1, 2}, "3"s), R"({"frame":[0,0,0,0]})", 0, false},
-           Case{"no size", element({{"AXPosition", Point{1, 2}}}), "{}", 0, false},
-           Case{"no integer form", framed(Point{1, kInfinite}, Size{1, 1}), "{}", 0, false},
-           Case{"beyond 64 bits", framed(Point{1, 2}, Size{0x1p63, 1}), "{}", 0, false},
-           Case{"no children in an empty list", parent(0, nullptr), "{}", 0, false},
-           Case{"none in a value of another type", element({{"AXChildren", element({})}}), "{}", 0, false},
-       }) {
+  const struct Case {
+    std::string reason;
+    fake::FakeElementRef root;
+    std::string node;
+    std::int64_t textChars;
+    bool redacted;
+  } cases[] = {
+      {"perceived characters count", texts({"AXButton"s, accented, flag, "h"s, ""s}), all, 2, false},
+      {"other types: no key", texts({1.0, true, OtherValue{}, element({}), Point{}}), "{}", 0, false},
+      {"a secret is withheld", texts({"AXCheckBox"s, "abc"s, "hunter2"s, "h"s, "de"s}), secret, 5, true},
+      {"an empty one too", valued("AXCheckBox"s, ""s), empty, 0, true},
+      {"a number is none", valued("AXCheckBox"s, 1.0), R"({"role":"AXCheckBox"})", 0, false},
+      {"another case", valued("axcheckbox"s, "v"s), R"({"role":"axcheckbox","value":"v"})", 1, false},
+      {"no role", element({{"AXValue", "v"s}}), R"({"value":"v"})", 1, false},
+      {"truncates to zero", framed(Point{12.9, -3.5}, Size{-0.7, 1e6}), R"({"frame":[12,-3,0,1000000]})", 0, false},
+      {"another type leaves zeros", framed(Size{1, 2}, "3"s), R"({"frame":[0,0,0,0]})", 0, false},
+      {"no size", element({{"AXPosition", Point{1, 2}}}), "{}", 0, false},
+      {"no integer form", framed(Point{1, kInfinite}, Size{1, 1}), "{}", 0, false},
+      {"beyond 64 bits", framed(Point{1, 2}, Size{0x1p63, 1}), "{}", 0, false},
+      {"no children in an empty list", parent(0, nullptr), "{}", 0, false},
+      {"none in a value of another type", element({{"AXChildren", element({})}}), "{}", 0, false},
+  };
+  for (const auto& [reason, root, node, textChars, redacted] : cases) {
     AXSummary summary;
     EXPECT_EQ(walkAXElement(*root, {.depth = 0, .maxDepth = 8}, summary, kPolicy), json::parse(node)) << reason;
     EXPECT_EQ(summary.nodeCount, 1) << reason;
@@ -104,19 +108,25 @@ TEST(CaptureAXTree, WalksTheRootThatFitsTheTarget) {
     return pid != 0 ? std::optional(ResolvedTargetApp{fake::application(pid, "a", "A")}) : std::nullopt;
   };
   const auto platform = fake::makePlatform(desktop);
-  using Case = std::tuple<std::string, Target, int, int, std::string, int>;
-  for (const auto& [reason, target, targetPid, frontmostPid, rootTitle, nodes] : {
-           Case{"the main window", Target::app, 1, 2, "main", 1},
-           Case{"else the first window", Target::app, 2, 1, "first", 1},
-           Case{"else the application", Target::app, 3, 1, "app 3", 1},
-           Case{"to the eighth level below it", Target::app, 4, 1, "app 4", 9},
-           Case{"no application", Target::app, 0, 1, "", 0},
-           Case{"the frontmost application's focus, not the target's", Target::focused_element, 1, 2, "focus 2", 1},
-           Case{"else the frontmost application", Target::focused_element, 1, 3, "app 3", 1},
-           Case{"nobody in front", Target::focused_element, 1, 0, "", 0},
-           Case{"a screen alone has no application", Target::screen, 0, 1, "", 0},
-           Case{"with one it is walked whole", Target::region, 1, 2, "app 1", 1},
-       }) {
+  const struct Case {
+    std::string reason;
+    Target target;
+    int targetPid, frontmostPid;
+    std::string rootTitle;
+    int nodes;
+  } cases[] = {
+      {"the main window", Target::app, 1, 2, "main", 1},
+      {"else the first window", Target::app, 2, 1, "first", 1},
+      {"else the application", Target::app, 3, 1, "app 3", 1},
+      {"to the eighth level below it", Target::app, 4, 1, "app 4", 9},
+      {"no application", Target::app, 0, 1, "", 0},
+      {"the frontmost application's focus, not the target's", Target::focused_element, 1, 2, "focus 2", 1},
+      {"else the frontmost application", Target::focused_element, 1, 3, "app 3", 1},
+      {"nobody in front", Target::focused_element, 1, 0, "", 0},
+      {"a screen alone has no application", Target::screen, 0, 1, "", 0},
+      {"with one it is walked whole", Target::region, 1, 2, "app 1", 1},
+  };
+  for (const auto& [reason, target, targetPid, frontmostPid, rootTitle, nodes] : cases) {
     desktop.frontmost = frontmostPid != 0 ? app(frontmostPid)->app : nullptr;
     for (const bool isTrusted : {true, false}) {
       desktop.isTrusted = isTrusted;

@@ -2,7 +2,6 @@
 #include <span>
 #include <sstream>
 #include <string>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -25,15 +24,20 @@ TEST(Base64, FollowsTheStandardsVectors) {  // RFC 4648, section 10
 }
 
 TEST(EncodeImageDataURL, ScalesAndChoosesContainerAndQuality) {
-  using Case = std::tuple<std::string, platform::PixelSize, std::int64_t, std::string, std::string>;
-  for (const auto& [reason, size, longEdgePx, format, file] : {
-           Case{"no limit", {5000, 3000}, 0, "png", "png 5000x3000"},
-           Case{"never enlarges", {10, 20}, 800, "png", "png 10x20"},
-           Case{"truncates the short side", {1512, 982}, 800, "png", "png 800x519"},
-           Case{"truncates the long side too, divided first", {1078, 700}, 800, "png", "png 799x519"},
-           Case{"upright", {700, 1078}, 800, "jpeg", "jpeg 519x799 0.70"},
-           Case{"too thin to be scaled", {801, 1}, 800, "png", "png 801x1"},
-       }) {
+  const struct Case {
+    std::string reason;
+    platform::PixelSize size;
+    std::int64_t longEdgePx;
+    std::string format, file;
+  } cases[] = {
+      {"no limit", {5000, 3000}, 0, "png", "png 5000x3000"},
+      {"never enlarges", {10, 20}, 800, "png", "png 10x20"},
+      {"truncates the short side", {1512, 982}, 800, "png", "png 800x519"},
+      {"truncates the long side too, divided first", {1078, 700}, 800, "png", "png 799x519"},
+      {"upright", {700, 1078}, 800, "jpeg", "jpeg 519x799 0.70"},
+      {"too thin to be scaled", {801, 1}, 800, "png", "png 801x1"},
+  };
+  for (const auto& [reason, size, longEdgePx, format, file] : cases) {
     auto url = "data:image/" + file.substr(0, file.find(' ')) + ";base64,";
     appendBase64(std::as_bytes(std::span(file)), url);
     EXPECT_EQ(encodeImageDataURL(fake::image(size), {longEdgePx, format, 0.7}), url) << reason;
@@ -77,24 +81,28 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
 }
 
 TEST(SelectSurface, ChoosesTheApplicationsWindow) {
-  using Case = std::tuple<std::string, std::vector<Window>, std::string>;
   const Rect tiny{0, 0, 50, 50}, small{0, 0, 100, 100}, large{0, 0, 1000.7, 600.9}, huge{0, 0, 5000, 5000};
   const Rect narrow{0, 0, 99.9, 500}, wide{0, 0, 60, 50}, infinite{0, 0, std::numeric_limits<double>::infinity(), 200};
   const Window other = window(1, kOther, huge), nobodys{.windowID = 2, .isOnScreen = true, .frame = huge};
   const Window above = window(1, kApp, huge, true, 25), below = window(3, kApp, huge, true, -1);
   const Window minimized = window(1, kApp, huge, false), least = window(2, kApp, small);
-  for (const auto& [reason, windows, expected] : {
-           Case{"none of this process", {other, nobodys}, "error 2"},
-           Case{"the size truncates", {other, window(2, kApp, large)}, "window 2 1000x600"},
-           Case{"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
-           Case{"a small one beats larger ones on other layers", {above, least, below}, "window 2 100x100"},
-           Case{"and a larger minimized one", {minimized, least}, "window 2 100x100"},
-           Case{"just too small to be preferred", {window(1, kApp, narrow), least}, "window 2 100x100"},
-           Case{"none preferred: the largest", {window(1, kApp, tiny), window(2, kApp, wide)}, "window 2 60x50"},
-           Case{"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
-           Case{"minimized", {window(2, kApp, tiny), minimized}, "error 3"},
-           Case{"no integer form", {window(1, kApp, infinite)}, "error 4"},
-       }) {
+  const struct Case {
+    std::string reason;
+    std::vector<Window> windows;
+    std::string expected;
+  } cases[] = {
+      {"none of this process", {other, nobodys}, "error 2"},
+      {"the size truncates", {other, window(2, kApp, large)}, "window 2 1000x600"},
+      {"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
+      {"a small one beats larger ones on other layers", {above, least, below}, "window 2 100x100"},
+      {"and a larger minimized one", {minimized, least}, "window 2 100x100"},
+      {"just too small to be preferred", {window(1, kApp, narrow), least}, "window 2 100x100"},
+      {"none preferred: the largest", {window(1, kApp, tiny), window(2, kApp, wide)}, "window 2 60x50"},
+      {"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
+      {"minimized", {window(2, kApp, tiny), minimized}, "error 3"},
+      {"no integer form", {window(1, kApp, infinite)}, "error 4"},
+  };
+  for (const auto& [reason, windows, expected] : cases) {
     EXPECT_EQ(chosen({.target = Target::app, .targetApp = kTargetApp}, windows), expected) << reason;
   }
   EXPECT_EQ(chosen({.target = Target::app}, {window(1, kApp, large)}), "error 2") << "no application";

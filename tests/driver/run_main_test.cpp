@@ -3,7 +3,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <tuple>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -137,17 +136,20 @@ TEST(RunMain, ChoosesLevelAndImageFromTheRequest) {
 }
 
 TEST(RunMain, KeepsSensitiveApplicationsOutOfThePicture) {
-  using Case = std::tuple<std::string, std::string, bool, bool>;
   const auto match = R"("sensitive_app_match":true,"sensitive_bundle_id":"org.vault")";
-  for (const auto& [reason, request, isMatch, vaultIsFrontmost] : {
-           Case{"the target", R"({"app_name":"Vault"})", true, false},
-           Case{"though no image was wanted", R"({"app_name":"Vault","level":"ax_only"})", true, false},
-           Case{"the frontmost, for the whole screen", R"({"target":"screen"})", true, true},
-           Case{"the frontmost, for its focus", R"({"target":"focused_element"})", true, true},
-           Case{"the frontmost, for a part of the screen", R"({"target":"region"})", true, true},
-           Case{"not the frontmost, for another target", R"({"app_name":"Safari"})", false, true},
-           Case{"not one that is merely named", R"({"target":"screen","app_name":"Vault"})", false, false},
-       }) {
+  const struct Case {
+    std::string reason, request;
+    bool isMatch, vaultIsFrontmost;
+  } cases[] = {
+      {"the target", R"({"app_name":"Vault"})", true, false},
+      {"though no image was wanted", R"({"app_name":"Vault","level":"ax_only"})", true, false},
+      {"the frontmost, for the whole screen", R"({"target":"screen"})", true, true},
+      {"the frontmost, for its focus", R"({"target":"focused_element"})", true, true},
+      {"the frontmost, for a part of the screen", R"({"target":"region"})", true, true},
+      {"not the frontmost, for another target", R"({"app_name":"Safari"})", false, true},
+      {"not one that is merely named", R"({"target":"screen","app_name":"Vault"})", false, false},
+  };
+  for (const auto& [reason, request, isMatch, vaultIsFrontmost] : cases) {
     auto desktop = twoApplications();
     if (vaultIsFrontmost) desktop.frontmost = desktop.applications[1];
     const auto response = data(desktop, request);

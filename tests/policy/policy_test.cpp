@@ -1,7 +1,6 @@
 #include <chrono>
 #include <fstream>
 #include <string>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -16,23 +15,27 @@ namespace tavik {
 namespace {
 
 TEST(FnmatchSimple, CoversTheWholeCandidate) {
-  using Case = std::tuple<std::string, std::string, bool, std::string>;
-  for (const auto& [pattern, candidate, matches, reason] : {
-           Case{"com.apple.Safari", "com.apple.safari", false, "case"},
-           Case{"com.apple.Safari", "com.apple.Safari.beta", false, "whole candidate"},
-           Case{"com.apple.*", "com.apple.", true, "the star matches nothing"},
-           Case{"com.apple.*", "com.applexSafari", false, "the dot is literal"},
-           Case{"*ab*b?a**", "xabcbxbca", true, "the last star gives way, not the first"},
-           Case{"a*ab", "aab-ab-b", false, "and end where the candidate does"},
-           Case{"*b?", "ab", false, "a question mark wants something"},
-           Case{"a\\*", "a\\bc", true, "a backslash escapes nothing"},
-           Case{"?", "\u00e9", true, "one code point of two bytes"},
-           Case{"?", "e\u0301", false, "two code points that look like one character"},
-           Case{"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
-           Case{"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
-           Case{"a*\u0301", "a*\u0301", true, "indeed itself"},
-           Case{"?\u0301", "e\u0301", false, "and so is a question mark"},
-       }) {
+  const struct Case {
+    std::string pattern, candidate;
+    bool matches;
+    std::string reason;
+  } cases[] = {
+      {"com.apple.Safari", "com.apple.safari", false, "case"},
+      {"com.apple.Safari", "com.apple.Safari.beta", false, "whole candidate"},
+      {"com.apple.*", "com.apple.", true, "the star matches nothing"},
+      {"com.apple.*", "com.applexSafari", false, "the dot is literal"},
+      {"*ab*b?a**", "xabcbxbca", true, "the last star gives way, not the first"},
+      {"a*ab", "aab-ab-b", false, "and end where the candidate does"},
+      {"*b?", "ab", false, "a question mark wants something"},
+      {"a\\*", "a\\bc", true, "a backslash escapes nothing"},
+      {"?", "\u00e9", true, "one code point of two bytes"},
+      {"?", "e\u0301", false, "two code points that look like one character"},
+      {"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
+      {"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
+      {"a*\u0301", "a*\u0301", true, "indeed itself"},
+      {"?\u0301", "e\u0301", false, "and so is a question mark"},
+  };
+  for (const auto& [pattern, candidate, matches, reason] : cases) {
     EXPECT_EQ(fnmatchSimple({.pattern = pattern, .candidate = candidate}), matches)
         << pattern << " against " << candidate << " " << reason;
   }
@@ -55,25 +58,28 @@ TEST(SensitiveAppMatch, TriesEveryPatternOnEveryIdentifier) {
 }
 
 TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
-  using Case = std::tuple<std::string, std::string, std::vector<std::string>>;
   const std::string apps = "bundle_id_blocklist:\n";
-  for (const auto& [reason, text, bundleIds] : {
-           Case{"CR LF ends no line", apps + "- a\r\n- b\n", {"a\r\n- b"}},
-           Case{"a lone CR neither, and is not trimmed", apps + "- a\rb\n- c\r", {"a\rb", "c\r"}},
-           Case{"indentation means nothing", "  bundle_id_blocklist \u00a0: \n\t-   a \u3000\n", {"a"}},
-           Case{"another case closes the section", apps + "- a\nBundle_Id_Blocklist:\n- b\n", {"a"}},
-           Case{"an unknown header closes it", apps + "- a\nother:\n- b\n", {"a"}},
-           Case{"an unknown key with a value does not", apps + "- a\nother: x\n- b\n", {"a", "b"}},
-           Case{"an item with a colon at its end is a header", apps + "- a:\n- b\n", {}},
-           Case{"a comment with one is a comment", apps + "# x:\n- b\n", {"b"}},
-           Case{"a hyphen wants a blank", apps + "-a\n-\tb\n-\n- \n- c\n", {"c"}},
-           Case{"a trailing comment is text", apps + "- a # b\n", {"a # b"}},
-           Case{"one pair of quotes goes", apps + "- \" a \"\n- ''\n- \"'b'\"\n", {" a ", "'b'"}},
-           Case{"what is no pair stays", apps + "- \"\n- \"a'\n", {"\"", "\"a'"}},
-           Case{"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
-           Case{"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
-           Case{"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
-       }) {
+  const struct Case {
+    std::string reason, text;
+    std::vector<std::string> bundleIds;
+  } cases[] = {
+      {"CR LF ends no line", apps + "- a\r\n- b\n", {"a\r\n- b"}},
+      {"a lone CR neither, and is not trimmed", apps + "- a\rb\n- c\r", {"a\rb", "c\r"}},
+      {"indentation means nothing", "  bundle_id_blocklist \u00a0: \n\t-   a \u3000\n", {"a"}},
+      {"another case closes the section", apps + "- a\nBundle_Id_Blocklist:\n- b\n", {"a"}},
+      {"an unknown header closes it", apps + "- a\nother:\n- b\n", {"a"}},
+      {"an unknown key with a value does not", apps + "- a\nother: x\n- b\n", {"a", "b"}},
+      {"an item with a colon at its end is a header", apps + "- a:\n- b\n", {}},
+      {"a comment with one is a comment", apps + "# x:\n- b\n", {"b"}},
+      {"a hyphen wants a blank", apps + "-a\n-\tb\n-\n- \n- c\n", {"c"}},
+      {"a trailing comment is text", apps + "- a # b\n", {"a # b"}},
+      {"one pair of quotes goes", apps + "- \" a \"\n- ''\n- \"'b'\"\n", {" a ", "'b'"}},
+      {"what is no pair stays", apps + "- \"\n- \"a'\n", {"\"", "\"a'"}},
+      {"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
+      {"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
+      {"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
+  };
+  for (const auto& [reason, text, bundleIds] : cases) {
     EXPECT_EQ(parseSensitiveAppsYAML(text), SensitiveAppsConfig{.bundleIdBlocklist = bundleIds}) << reason;
   }
   EXPECT_EQ(parseSensitiveAppsYAML("ax_role_text_blocklist:\n- R\n- R\nbundle_id_blocklist:\n- b\n- a\n- b"),
@@ -103,19 +109,24 @@ std::optional<std::string> policyOf(const std::string& item) { return "bundle_id
 
 TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
   using Text = std::optional<std::string>;
-  using Case = std::tuple<std::string, Text, fake::Map<Text>, std::vector<std::string>>;
   const auto delivered = parseSensitiveAppsYAML(deliveredPolicy());
   EXPECT_GT(delivered.bundleIdBlocklist.size(), 20U);
-  for (const auto& [reason, variable, files, expected] : {
-           Case{"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
-           Case{"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
-           Case{"an empty file is a policy", "v", {{"v", ""}, {kDefaultPath, policyOf("d")}}, {}},
-           Case{"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
-           Case{"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
-           Case{"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
-           Case{"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
-           Case{"nothing reads: what is compiled in", "v", {{"/r", std::nullopt}}, delivered.bundleIdBlocklist},
-       }) {
+  const struct Case {
+    std::string reason;
+    Text variable;
+    fake::Map<Text> files;
+    std::vector<std::string> expected;
+  } cases[] = {
+      {"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
+      {"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
+      {"an empty file is a policy", "v", {{"v", ""}, {kDefaultPath, policyOf("d")}}, {}},
+      {"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
+      {"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
+      {"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
+      {"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
+      {"nothing reads: what is compiled in", "v", {{"/r", std::nullopt}}, delivered.bundleIdBlocklist},
+  };
+  for (const auto& [reason, variable, files, expected] : cases) {
     fake::FakeDesktop desktop{.files = files, .resources = {{"perception-sensitive-apps.yaml", "/r"}}};
     if (variable) desktop.environment["TAVIK_PERCEPTION_CONFIG"] = *variable;
     const auto platform = fake::makePlatform(desktop);

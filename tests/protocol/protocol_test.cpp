@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <limits>
 #include <string>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +21,6 @@ std::string description(std::string_view json) {
 }
 
 TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
-  using Case = std::tuple<std::string, std::string, Request>;
   constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
   const auto ends = R"({"region":{"x":9223372036854775807,"y":-9223372036854775808,"w":2.0,"h":1e3}})";
   const auto all =
@@ -31,15 +29,19 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
       "app_name":" x ","allow_focus_steal":false})";
   const Request everything{
       Level::pixel_perfect, Target::region, Region{-1, 2, 3, 4}, true, false, true, -7, "PNG", "a.b", " x ", false};
-  for (const auto& [reason, json, expected] : {
-           Case{"nothing", "{}", {}},
-           Case{"all of them", all, everything},
-           Case{"null is absent", R"({"level":null,"region":null,"target":"screen"})", {.target = Target::screen}},
-           Case{"other keys are ignored", R"({"Level":"READ","x":[{}],"target":"app"})", {.target = Target::app}},
-           Case{"also a region's", R"({"region":{"h":1,"w":2,"y":3,"x":4,"z":"?"}})", {.region = Region{4, 3, 2, 1}}},
-           Case{"the ends of the range", ends, {.region = Region{kMost, -kMost - 1, 2, 1000}}},
-           Case{"escapes", R"({"format":"\u00e9\ud83d\ude00\u0000"})", {.format = "\u00e9\U0001F600\0"s}},
-       }) {
+  const struct Case {
+    std::string reason, json;
+    Request expected;
+  } cases[] = {
+      {"nothing", "{}", {}},
+      {"all of them", all, everything},
+      {"null is absent", R"({"level":null,"region":null,"target":"screen"})", {.target = Target::screen}},
+      {"other keys are ignored", R"({"Level":"READ","x":[{}],"target":"app"})", {.target = Target::app}},
+      {"also a region's", R"({"region":{"h":1,"w":2,"y":3,"x":4,"z":"?"}})", {.region = Region{4, 3, 2, 1}}},
+      {"the ends of the range", ends, {.region = Region{kMost, -kMost - 1, 2, 1000}}},
+      {"escapes", R"({"format":"\u00e9\ud83d\ude00\u0000"})", {.format = "\u00e9\U0001F600\0"s}},
+  };
+  for (const auto& [reason, json, expected] : cases) {
     const auto decoded = decodeRequest(json);
     ASSERT_TRUE(std::holds_alternative<Request>(decoded)) << reason << ": " << description(json);
     EXPECT_EQ(std::get<Request>(decoded), expected) << reason;
@@ -84,17 +86,19 @@ TEST(DecodeRequest, SurvivesHostileInput) {
 }
 
 TEST(ReadRequest, PutsOneShortLineOnStandardErrorForAFailureAndNothingElse) {
-  using Case = std::tuple<std::string, std::string, std::string>;
   std::string marks;
   for (int i = 0; i < 10'000; ++i) marks += "\u0301";
   const std::string controls = R"({"include_image":"a\nb\u001b[2J\u0000\u202e\u2028\u2029\ue000"})";
   const std::string spelledOut = "\"a\\u{A}b\\u{1B}[2J\\u{0}\\u{202E}\\u{2028}\\u{2029}\\u{E000}\"\n";
-  for (const auto& [reason, input, end] : {
-           Case{"no input", "", ""},
-           Case{"what is quoted is cut", R"({"level":")" + std::string(1'000'000, 'x') + "\"}", "perfect\n"},
-           Case{"one endless character is cut too", R"({"include_image":"x)" + marks + "\"}", "\u0301\u2026\"\n"},
-           Case{"control characters are spelled out", controls, spelledOut},
-       }) {
+  const struct Case {
+    std::string reason, input, end;
+  } cases[] = {
+      {"no input", "", ""},
+      {"what is quoted is cut", R"({"level":")" + std::string(1'000'000, 'x') + "\"}", "perfect\n"},
+      {"one endless character is cut too", R"({"include_image":"x)" + marks + "\"}", "\u0301\u2026\"\n"},
+      {"control characters are spelled out", controls, spelledOut},
+  };
+  for (const auto& [reason, input, end] : cases) {
     fake::FakeDesktop desktop{.input = input};
     EXPECT_EQ(readRequest(*fake::makePlatform(desktop).streams), Request{}) << reason;
     EXPECT_EQ(desktop.output, "") << reason;
@@ -106,17 +110,21 @@ TEST(ReadRequest, PutsOneShortLineOnStandardErrorForAFailureAndNothingElse) {
 }
 
 TEST(WriteResponse, IsOneLineOfCompactJSONOrTheFallback) {
-  using Case = std::tuple<std::string, ResponseDictionary, std::string>;
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN(), kInfinity = std::numeric_limits<double>::infinity();
   const ResponseDictionary all{{"text", "\u00e9 \"\\\n\u0001 /"}, {"null", nullptr}, {"list", {1, true, "x", 2.5}}};
   const std::string fallback = R"({"ok": false, "code": "helper_serialize_failed"})";
-  for (const auto& [reason, response, line] : {
-           Case{"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
-           Case{"no number", {{"number", kNan}}, fallback},
-           Case{"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},
-           Case{"no UTF-8", {{"text", "\xFF"}}, fallback},
-           Case{"nor in a name", {{"\xC0\x80", 1}}, fallback},
-       }) {
+  const struct Case {
+    std::string reason;
+    ResponseDictionary response;
+    std::string line;
+  } cases[] = {
+      {"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
+      {"no number", {{"number", kNan}}, fallback},
+      {"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},
+      {"no UTF-8", {{"text", "\xFF"}}, fallback},
+      {"nor in a name", {{"\xC0\x80", 1}}, fallback},
+  };
+  for (const auto& [reason, response, line] : cases) {
     fake::FakeDesktop desktop;
     writeResponse(response, *fake::makePlatform(desktop).streams);
     EXPECT_EQ(desktop.output, line + "\n") << reason;

@@ -1,5 +1,4 @@
 #include <string>
-#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -25,19 +24,23 @@ TEST(ResolveTargetApp, PrefersTheIdentifierAndFallsBackOnTheName) {
                                 application(8, "org.blank", ""),
                             }};
   const auto platform = fake::makePlatform(desktop);
-  using Case = std::tuple<std::string, AppIdentifiers, int>;
-  for (const auto& [reason, identifiers, pid] : {
-           Case{"blank is nothing", {.bundleId = " \n", .name = "\t"}, 0},
-           Case{"blanks around the identifier", {.bundleId = " \u00a0org.safari\n"}, 5},
-           Case{"no folding of the identifier", {.bundleId = "org.Safari"}, 0},
-           Case{"one that matches nothing leaves it to the name", {.bundleId = "org.none", .name = "two"}, 3},
-           Case{"one that matches decides alone", {.bundleId = "org.agent", .name = "Safari"}, 1},
-           Case{"a regular instance before others", {.bundleId = "org.two"}, 3},
-           Case{"letter case and blanks of the name", {.name = " SAFARI\r\n"}, 5},
-           Case{"no part of a name", {.name = "Saf"}, 0},
-           Case{"the application's own name is not trimmed", {.name = "cafe\u0301"}, 0},
-           Case{"accessories have no name", {.name = "Agent"}, 0},
-       }) {
+  const struct Case {
+    std::string reason;
+    AppIdentifiers identifiers;
+    int pid;
+  } cases[] = {
+      {"blank is nothing", {.bundleId = " \n", .name = "\t"}, 0},
+      {"blanks around the identifier", {.bundleId = " \u00a0org.safari\n"}, 5},
+      {"no folding of the identifier", {.bundleId = "org.Safari"}, 0},
+      {"one that matches nothing leaves it to the name", {.bundleId = "org.none", .name = "two"}, 3},
+      {"one that matches decides alone", {.bundleId = "org.agent", .name = "Safari"}, 1},
+      {"a regular instance before others", {.bundleId = "org.two"}, 3},
+      {"letter case and blanks of the name", {.name = " SAFARI\r\n"}, 5},
+      {"no part of a name", {.name = "Saf"}, 0},
+      {"the application's own name is not trimmed", {.name = "cafe\u0301"}, 0},
+      {"accessories have no name", {.name = "Agent"}, 0},
+  };
+  for (const auto& [reason, identifiers, pid] : cases) {
     const auto found = resolveTargetApp(identifiers, *platform.workspace);
     EXPECT_EQ(found ? found->app->processIdentifier() : 0, pid) << reason;
   }

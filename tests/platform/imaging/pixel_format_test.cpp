@@ -1,6 +1,5 @@
 #include "platform/imaging/pixel_format.h"
 
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -33,8 +32,11 @@ constexpr PixelFormat kDepth32{32, 32, 32, false, 0xFF0000, 0xFF00, 0xFF};
 constexpr PixelFormat kDepth16{16, 16, 32, false, 0xF800, 0x07E0, 0x001F};
 
 TEST(PixelFormat, EveryLayoutBecomesTheSameBytes) {
-  using Row = std::tuple<const char*, PixelFormat, Bytes, Bytes>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    PixelFormat format;
+    Bytes bytes, pixel;
+  } cases[] = {
       {"depth 24, as it is", kDepth24, {1, 2, 3, 99}, {1, 2, 3, 99}},
       {"with alpha, as it is", kDepth32, {1, 2, 3, 99}, {1, 2, 3, 99}},
       {"the other byte order", {24, 32, 32, true, 0xFF0000, 0xFF00, 0xFF}, {99, 3, 2, 1}, {1, 2, 3, 255}},
@@ -45,7 +47,7 @@ TEST(PixelFormat, EveryLayoutBecomesTheSameBytes) {
       {"depth 16 reaches full white", kDepth16, {0xFF, 0xFF, 0, 0}, {255, 255, 255, 255}},
       {"depth 16 rounds", kDepth16, {0x21, 0x08, 0, 0}, {8, 4, 8, 255}},
   };
-  for (const auto& [reason, format, bytes, pixel] : rows) {
+  for (const auto& [reason, format, bytes, pixel] : cases) {
     const auto bitmap = toBitmap(format, {1, 1}, shared(bytes), bytes.size());
     ASSERT_TRUE(bitmap) << reason;
     EXPECT_EQ(pixelsOf(*bitmap), pixel) << reason;
@@ -65,8 +67,12 @@ TEST(PixelFormat, RowsArePadded) {
 }
 
 TEST(PixelFormat, RefusesWhatItCannotRead) {
-  using Row = std::tuple<const char*, PixelFormat, PixelSize, std::size_t>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    PixelFormat format;
+    PixelSize size;
+    std::size_t byteCount;
+  } cases[] = {
       {"too few bytes", kDepth24, {2, 2}, 15},
       {"too few bytes for the padding", kDepth16, {1, 1}, 2},
       {"a size that overflows", kDepth24, {std::int64_t{1} << 62, 4}, 16},
@@ -75,7 +81,7 @@ TEST(PixelFormat, RefusesWhatItCannotRead) {
       {"a mask with a gap", {16, 16, 32, false, 0xA800, 0x07E0, 0x001F}, {1, 1}, 16},
       {"no such padding", {24, 32, 0, false, 0xFF0000, 0xFF00, 0xFF}, {1, 1}, 16},
   };
-  for (const auto& [reason, format, size, byteCount] : rows) {
+  for (const auto& [reason, format, size, byteCount] : cases) {
     EXPECT_FALSE(toBitmap(format, size, shared(Bytes(16)), byteCount)) << reason;
   }
 }

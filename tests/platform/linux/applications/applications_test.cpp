@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
-#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -91,15 +90,13 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
   add("system/org.example.viewer.desktop", "Name=By end of id\nNoDisplay=true\n");
   add("system/Viewer.desktop", "Name=By id\n");
   add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
-  using Identifiers = std::vector<std::string>;
-  struct Row {
-    const char* reason;
-    ApplicationEvidence evidence;  // sandbox, GTK's application id, instance, class, executable, process
-    Identifiers identifiers;
-    std::optional<std::string> name;
-  };
   const std::string tool = "org.example.Tool", settings = "org.example.Settings", viewer = "org.example.viewer";
-  const Row rows[] = {
+  const struct Case {
+    std::string reason;
+    ApplicationEvidence evidence;  // sandbox, GTK's application id, instance, class, executable, process
+    std::vector<std::string> identifiers;
+    std::optional<std::string> name;
+  } cases[] = {
       {"the sandbox's word comes first", {"Viewer", viewer, "", "", "", "p"}, {"Viewer", viewer}, "By id"},
       {"GTK's word, where an entry bears it out", {"", viewer, "", "Viewer"}, {viewer, "zzz"}, "By end of id"},
       {"and for want of better", {"", "org.gtk", "i", "c"}, {"org.gtk", "i", "c"}, "c"},
@@ -115,7 +112,7 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
       {"the process only", {"", "", "", "", "daemon", "daemon"}, {}, "daemon"},
       {"nothing", {}, {}, std::nullopt},
   };
-  for (const auto& [reason, evidence, identifiers, name] : rows) {
+  for (const auto& [reason, evidence, identifiers, name] : cases) {
     const auto identity = identify(evidence, entries);
     EXPECT_EQ(identity.bundleIdentifiers, identifiers) << reason;
     EXPECT_EQ(identity.localizedName, name) << reason;

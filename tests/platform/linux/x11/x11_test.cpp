@@ -5,7 +5,6 @@
 #include <numeric>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -62,8 +61,12 @@ TEST(WindowHints, TellHowAWindowIsShown) {
 }
 
 TEST(WindowHints, TellLayerAndKind) {
-  using Row = std::tuple<const char*, std::vector<std::uint32_t>, std::vector<std::uint32_t>, int, bool>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    std::vector<std::uint32_t> types, states;
+    int sign;
+    bool isRegular;
+  } cases[] = {
       {"ordinary", {}, {}, 0, true},
       {"unknown atoms mean nothing", {9999, XCB_ATOM_NONE}, {9999}, 0, true},
       {"wallpaper", {number(Atom::typeDesktop)}, {number(Atom::stateAbove)}, -1, false},
@@ -74,7 +77,7 @@ TEST(WindowHints, TellLayerAndKind) {
       {"not in the task bar", {}, {number(Atom::stateSkipTaskbar)}, 0, false},
       {"tool palette", {number(Atom::typeUtility)}, {}, 0, false},
   };
-  for (const auto& [reason, types, states, sign, isRegular] : rows) {
+  for (const auto& [reason, types, states, sign, isRegular] : cases) {
     const auto window = hinted({.isViewable = true, .states = states, .types = types});
     EXPECT_EQ((window.layer > 0) - (window.layer < 0), sign) << reason;
     EXPECT_EQ(window.isRegular, isRegular) << reason;
@@ -84,9 +87,13 @@ TEST(WindowHints, TellLayerAndKind) {
 }
 
 TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
-  using Row = std::tuple<const char*, PixelRect, std::vector<std::uint32_t>, PixelRect>;
   const PixelRect client{101, 120, 300, 200}, decorated{100, 100, 302, 221};
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    PixelRect frame;
+    std::vector<std::uint32_t> extents;
+    PixelRect visible;
+  } cases[] = {
       {"decorations belong to the window", decorated, {}, decorated},
       {"a shadow does not", client, {10, 12, 14, 16}, {111, 134, 278, 170}},
       {"under decorations there is no shadow", decorated, {10, 12, 14, 16}, decorated},
@@ -94,7 +101,7 @@ TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
       {"margins that leave nothing", client, {150, 150, 0, 0}, client},
       {"half of the numbers", client, {10, 12}, client},
   };
-  for (const auto& [reason, frame, extents, visible] : rows) {
+  for (const auto& [reason, frame, extents, visible] : cases) {
     auto window = hinted({.extents = extents});
     window.clientRect = client, window.frameRect = frame;
     EXPECT_EQ(visibleRect(window), visible) << reason;
@@ -102,10 +109,13 @@ TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
 }
 
 TEST(DisplayRegion, IsCutToTheDisplay) {
-  using Row = std::tuple<const char*, Rect, DisplayRegion>;  // the region: empty for none
   constexpr auto kNan = std::numeric_limits<double>::quiet_NaN();
   const PixelRect display{1000, 50, 640, 480};
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    Rect sourceRect;
+    DisplayRegion expected;
+  } cases[] = {
       {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
       {"truncates", {10.9, 20.9, 300.9, 200.9}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
       {"beyond the right and the bottom", {600, 400, 100, 100}, {{100, 100}, {1600, 450, 40, 80}, 0, 0}},
@@ -118,7 +128,7 @@ TEST(DisplayRegion, IsCutToTheDisplay) {
       {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
       {"no numbers", {kNan, 0, 10, kNan}, {}},
   };
-  for (const auto& [reason, sourceRect, expected] : rows) {
+  for (const auto& [reason, sourceRect, expected] : cases) {
     const auto region = regionOfDisplay(sourceRect, display).value_or(DisplayRegion{});
     EXPECT_EQ(region.size, expected.size) << reason;
     EXPECT_EQ(region.source, expected.source) << reason;
@@ -155,8 +165,10 @@ TEST(RepaintProgress, IsCompleteWhenAllThatWasHiddenHasBeenDrawn) {
 }
 
 TEST(ScaleFactor, ComesFromTheResources) {
-  using Row = std::tuple<const char*, std::string, double>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason, resources;
+    double factor;
+  } cases[] = {
       {"twice the resolution", "Xft.antialias: 1\nXft.dpi:\t192\n", 2},
       {"matches loosely, too", "*dpi: 144", 1.5},
       {"text of small screens is not shrunk", "Xft.dpi: 72", 1},
@@ -164,7 +176,7 @@ TEST(ScaleFactor, ComesFromTheResources) {
       {"no finite number", "Xft.dpi: inf", 1},
       {"broken lines", "::::\n\\\n: \n!\nXft.dpi", 1},
   };
-  for (const auto& [reason, resources, factor] : rows) EXPECT_EQ(scaleFactorOf(resources, ""), factor) << reason;
+  for (const auto& [reason, resources, factor] : cases) EXPECT_EQ(scaleFactorOf(resources, ""), factor) << reason;
 }
 
 TEST(ScaleFactor, OpensNoFileThatAResourceNames) {
@@ -202,10 +214,12 @@ std::string settings(std::uint32_t count, const std::string& items) {
 }
 
 TEST(ScaleFactor, ComesFromTheSettingsManagerFirst) {
-  using Row = std::tuple<const char*, std::string, double>;
   const auto scale = [](std::int32_t factor) { return integer("Gdk/WindowScalingFactor", factor); };
   const auto dpi = [](std::int32_t dots) { return integer("Xft/DPI", dots * 1024); };
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason, bytes;
+    double factor;
+  } cases[] = {
       {"windows of twice the size, in which text is", settings(2, scale(2) + dpi(192)), 2},
       {"half as much again, by text alone", settings(2, scale(1) + dpi(144)), 1.5},
       {"twice the size, with small text", settings(2, scale(2) + dpi(96)), 2},
@@ -213,18 +227,21 @@ TEST(ScaleFactor, ComesFromTheSettingsManagerFirst) {
       {"no resolution is set", settings(1, dpi(-1)), 1},
       {"it says nothing about it: the resources", settings(1, string("Net/ThemeName", "Default")), 3},
   };
-  for (const auto& [reason, bytes, factor] : rows) EXPECT_EQ(scaleFactorOf("Xft.dpi: 288", bytes), factor) << reason;
+  for (const auto& [reason, bytes, factor] : cases) EXPECT_EQ(scaleFactorOf("Xft.dpi: 288", bytes), factor) << reason;
 }
 
 TEST(XSettings, ReadsWhatIsWellFormed) {
-  using Row = std::tuple<const char*, std::string, std::optional<std::int32_t>>;
+  struct Case {
+    std::string reason, bytes;
+    std::optional<std::int32_t> value;
+  };
   const auto name = "Xft/DPI"s, wanted = integer(name, 7), none = ""s;
   const auto others = string("a", "12345") + setting(2, "bc", "colours.") + string("empty", none) + wanted;
   // Byte order, how often they have changed, how many there are; type, length and name, when it has changed, value.
   const auto bigEndian = "\1\0\0\0\0\0\0\7\0\0\0\1\0\0\0\7Xft/DPI\0\0\0\0\3\xFF\xFF\xFF\xF9"s;
   auto endless = wanted;
   endless.replace(2, 2, "\xFF\xFF");
-  std::vector<Row> rows{
+  std::vector<Case> cases{
       {"after others of all types", settings(4, others), 7},
       {"most significant byte first", bigEndian, -7},
       {"of another type", settings(1, string(name, "7")), {}},
@@ -234,8 +251,8 @@ TEST(XSettings, ReadsWhatIsWellFormed) {
       {"more settings promised than there are", settings(~0U, wanted), 7},
   };
   const auto whole = settings(1, wanted);
-  for (std::size_t length = 0; length < whole.size(); ++length) rows.push_back({"cut", whole.substr(0, length), {}});
-  for (const auto& [reason, bytes, value] : rows) EXPECT_EQ(integerSetting(bytes, name), value) << reason;
+  for (std::size_t length = 0; length < whole.size(); ++length) cases.push_back({"cut", whole.substr(0, length), {}});
+  for (const auto& [reason, bytes, value] : cases) EXPECT_EQ(integerSetting(bytes, name), value) << reason;
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,8 +28,11 @@ PropertyValue value(xcb_atom_t type, std::uint8_t format, const std::string& byt
 }
 
 TEST(XProperty, TextIsValidUTF8WhateverAnApplicationSends) {
-  using Row = std::tuple<const char*, PropertyValue, std::string>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    PropertyValue property;
+    std::string text;
+  } cases[] = {
       {"UTF-8 stays", value(kUTF8String, 8, "Gr\xC3\xBC\xC3\x9F"), "Grüß"},
       {"STRING is ISO 8859-1", value(XCB_ATOM_STRING, 8, "Gr\xFC\xDF"), "Grüß"},
       {"but many put UTF-8 there", value(XCB_ATOM_STRING, 8, "Gr\xC3\xBC\xC3\x9F"), "Grüß"},
@@ -39,7 +41,7 @@ TEST(XProperty, TextIsValidUTF8WhateverAnApplicationSends) {
       {"numbers are no text", value(kUTF8String, 32, "abcd"), ""},
       {"the limit may cut a character", value(kUTF8String, 8, "a\xE2\x82", true), "a"},
   };
-  for (const auto& [reason, property, text] : rows) EXPECT_EQ(textOf(property), text) << reason;
+  for (const auto& [reason, property, text] : cases) EXPECT_EQ(textOf(property), text) << reason;
 }
 
 TEST(XProperty, WMClassMayLackItsSeparators) {
@@ -53,23 +55,29 @@ TEST(XProperty, WMClassMayLackItsSeparators) {
 }
 
 TEST(XProperty, NumbersNeedTheirTypeAndFormat) {
-  using Row = std::tuple<const char*, PropertyValue, Words>;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    PropertyValue property;
+    Words expected;
+  } cases[] = {
       {"as it should be", value(XCB_ATOM_CARDINAL, 32, bytesOf({7, 8})), {7, 8}},
       {"a process identifier of 8 bits", value(XCB_ATOM_CARDINAL, 8, "\x01\x02\x03\x04"), {}},
       {"of another type", value(XCB_ATOM_WINDOW, 32, bytesOf({7})), {}},
       {"half an item", value(XCB_ATOM_CARDINAL, 32, bytesOf({7}) + "ab"), {7}},
   };
-  for (const auto& [reason, property, expected] : rows) {
+  for (const auto& [reason, property, expected] : cases) {
     EXPECT_EQ(words(property, XCB_ATOM_CARDINAL), expected) << reason;
     EXPECT_EQ(firstWord(property, XCB_ATOM_CARDINAL).has_value(), !expected.empty()) << reason;
   }
 }
 
 TEST(XClients, AreThoseThatFitIntoTheReplyAndOwnTheWindowsWithTheirBase) {
-  using Row = std::tuple<const char*, Words, std::vector<std::int32_t>>;
   constexpr std::uint32_t kProcess = 2, kResource = 1, kBase = 0x200000;
-  const std::vector<Row> rows{
+  const struct Case {
+    std::string reason;
+    Words words;
+    std::vector<std::int32_t> expected;
+  } cases[] = {
       {"two processes", {kBase, kProcess, 4, 77, 2 * kBase, kProcess, 4, 78}, {77, 78}},
       {"a client of another machine has no value", {kBase, kProcess, 0, 2 * kBase, kProcess, 4, 78}, {78}},
       {"another kind is skipped", {kBase, kResource, 4, 76, kBase, kProcess, 4, 77}, {77}},
@@ -78,7 +86,7 @@ TEST(XClients, AreThoseThatFitIntoTheReplyAndOwnTheWindowsWithTheirBase) {
       {"cut short", {kBase, kProcess}, {}},
       {"no process has such a number", {kBase, kProcess, 4, 0x80000000, kBase, kProcess, 4, 0}, {}},
   };
-  for (const auto& [reason, words, expected] : rows) {
+  for (const auto& [reason, words, expected] : cases) {
     std::vector<std::int32_t> processIDs;
     for (const auto& client : clientsOfReply(words)) processIDs.push_back(client.processID);
     EXPECT_EQ(processIDs, expected) << reason;
