@@ -27,6 +27,6 @@ Platform makePlatform();
 
 /// Runs `pass`, on whatever thread, while the main one serves what the platform needs of it, and ends the process with
 /// the status that it returns. Called once, by the main thread. Defined once by each backend.
-[[noreturn]] void runToExit(std::function<std::int32_t()> pass);
+[[noreturn]] void runToExit(const std::function<std::int32_t()>& pass);
 
 }  // namespace tavik::platform

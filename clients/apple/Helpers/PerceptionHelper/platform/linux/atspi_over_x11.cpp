@@ -44,7 +44,7 @@ std::optional<std::string> accessibilityBusAddress(XConnection& connection) {
 
 }  // namespace
 
-atspi::WindowSystem windowSystemOf(std::shared_ptr<XConnection> connection) {
+atspi::WindowSystem windowSystemOf(const std::shared_ptr<XConnection>& connection) {
   return {.windowsOfProcess = [connection](std::int32_t pid) { return windowsOfProcess(*connection, pid); },
           .accessibilityBusAddress = [connection] { return accessibilityBusAddress(*connection); }};
 }

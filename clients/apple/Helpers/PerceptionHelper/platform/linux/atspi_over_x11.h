@@ -9,6 +9,6 @@ namespace tavik::platform {
 
 /// What accessibility wants of the window system, by the X server: its managed windows, and the root window's property
 /// AT_SPI_BUS.
-atspi::WindowSystem windowSystemOf(std::shared_ptr<x11::XConnection> connection);
+atspi::WindowSystem windowSystemOf(const std::shared_ptr<x11::XConnection>& connection);
 
 }  // namespace tavik::platform

@@ -63,6 +63,6 @@ Platform makePlatform() {
           .screenCapture = std::move(contribution.screenCapture)};
 }
 
-void runToExit(std::function<std::int32_t()> pass) { std::exit(pass()); }
+void runToExit(const std::function<std::int32_t()>& pass) { std::exit(pass()); }
 
 }  // namespace tavik::platform

@@ -2,15 +2,14 @@
 #import <Foundation/Foundation.h>
 #include <cstdlib>
 #include <thread>
-#include <utility>
 
 #include "platform/platform.h"
 
 namespace tavik::platform {
 
-void runToExit(std::function<std::int32_t()> pass) {
+void runToExit(const std::function<std::int32_t()>& pass) {
   CGMainDisplayID();  // connects a tool without a user interface to the window server
-  std::thread worker([pass = std::move(pass)] {
+  std::thread worker([pass] {
     std::int32_t status = 0;
     @autoreleasepool {
       status = pass();
