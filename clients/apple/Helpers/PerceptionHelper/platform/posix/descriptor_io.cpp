@@ -30,7 +30,7 @@ bool shouldTryAgain(int descriptor, short event, const std::optional<Clock::time
 }  // namespace
 
 ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
-  constexpr std::size_t kLeastRoom = 64 * 1024;
+  constexpr std::size_t kLeastRoom = std::size_t{64} * 1024;
   const auto deadline = limits.patience ? std::optional(Clock::now() + *limits.patience) : std::nullopt;
   ReadResult result;
   std::size_t size = 0;
