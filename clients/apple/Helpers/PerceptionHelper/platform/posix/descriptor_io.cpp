@@ -11,15 +11,18 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How long poll(2) may wait: for ever without a deadline.
-int millisecondsUntil(const std::optional<Clock::time_point>& deadline) {
-  if (!deadline) return -1;
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now());
+constexpr auto kNever = Clock::time_point::max();
+
+/// How long poll(2) may wait.
+int millisecondsUntil(Clock::time_point deadline) {
+  constexpr int kForEver = -1;
+  if (deadline == kNever) return kForEver;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
   return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
 }
 
 /// After a failed call: true when it is worth another try, having waited for a non-blocking descriptor to become ready.
-bool shouldTryAgain(int descriptor, short event, const std::optional<Clock::time_point>& deadline = {}) {
+bool shouldTryAgain(int descriptor, short event, Clock::time_point deadline = kNever) {
   if (errno == EINTR) return true;
   if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
   pollfd waiting{.fd = descriptor, .events = event, .revents = 0};
@@ -31,7 +34,7 @@ bool shouldTryAgain(int descriptor, short event, const std::optional<Clock::time
 
 ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
   constexpr std::size_t kLeastRoom = std::size_t{64} * 1024;
-  const auto deadline = limits.patience ? std::optional(Clock::now() + *limits.patience) : std::nullopt;
+  const auto deadline = limits.patience ? Clock::now() + *limits.patience : kNever;
   ReadResult result;
   std::size_t size = 0;
   while (size <= limits.bytes) {
