@@ -16,7 +16,7 @@ namespace tavik::platform::atspi {
 enum class Coordinates : std::uint32_t { screen = 0, window = 1 };
 
 /// What the elements of one application share: the conversation with it, and how much of it is still taken. The limits
-/// are far beyond any real interface: they keep an endless tree, or one that contains itself, from filling the memory.
+/// keep an endless tree from filling the memory; a browser's window has some thousands of elements.
 struct Session {
   explicit Session(dbus::Bus bus, dbus::Patience patience = dbus::Patience())
       : conversation(std::move(bus), std::move(patience)) {}
