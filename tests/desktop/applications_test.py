@@ -2,6 +2,7 @@
 
 import subprocess
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 
 from perception import PIXELS, TREE, ask, capture, code, picture
 from witnesses import Window, differing_pixels, screenshot, size_and_type, state_of_desktop
@@ -52,6 +53,16 @@ class ApplicationsTest(unittest.TestCase):
         ):
             with self.subTest(reason):
                 self.assertEqual(differing_pixels(picture(request | PIXELS), expected), "0")
+
+    def test_several_helpers_at_one_covered_window(self) -> None:
+        expected = self.calculator.screenshot()
+        self.editor.activate()
+        self.editor.move(10, 30)
+        before = state_of_desktop()
+        with ThreadPoolExecutor(12) as helpers:
+            pictures = list(helpers.map(picture, [{"app_name": "Galculator"} | PIXELS] * 36))
+        self.assertEqual(state_of_desktop(), before)
+        self.assertEqual({differing_pixels(one, expected) for one in pictures}, {"0"})
 
     def test_size_and_type(self) -> None:
         for level, expected in (("glance", "800x583 JPEG"), ("read", "960x700 JPEG"), ("pixel_perfect", "960x700 PNG")):

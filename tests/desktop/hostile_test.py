@@ -4,13 +4,12 @@ import os
 import signal
 import unittest
 from collections.abc import Iterator
-from concurrent.futures import ThreadPoolExecutor
 from contextlib import contextmanager
 from pathlib import Path
 
 import made_window
 from perception import PIXELS, TREE, ask, capture, code, image_bytes, picture
-from witnesses import Window, differing_pixels, nodes, output_of, processes, state_of_desktop, tool
+from witnesses import Window, differing_pixels, nodes, output_of, processes, tool
 
 
 def request(kind: str, wanted: dict | None = None) -> dict:
@@ -72,19 +71,6 @@ class HostileTest(unittest.TestCase):
             os.kill(int(bus), signal.SIGCONT)
         self.assertIsNone(both["ax_tree"])
         self.assertTrue(both["image"])
-
-    def test_several_helpers_at_one_covered_window(self) -> None:
-        window, cover = Window("made-name"), Window("made-crowd")
-        window.activate()
-        cover.activate()
-        cover.move(600, 40)
-        expected = window.screenshot()
-        cover.move(*made_window.PLACE)
-        before = state_of_desktop()
-        with ThreadPoolExecutor() as pool:
-            pictures = list(pool.map(picture, [request("name", PIXELS)] * 6))
-        self.assertEqual(state_of_desktop(), before)
-        self.assertEqual({differing_pixels(one, expected) for one in pictures}, {"0"})
 
     def test_popup_is_not_in_the_picture(self) -> None:
         window = Window("made-popup")

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include <xcb/composite.h>
-
 #include "platform/linux/applications/process_activity.h"
+#include "platform/linux/x11/capture/window_pixmap.h"
 
 namespace tavik::platform::x11 {
 
@@ -28,14 +27,22 @@ std::chrono::milliseconds RepaintProgress::quietPeriod() const {
 
 /// The damage is watched before the redirection begins, so that no drawing goes unnoticed. The no-operation
 /// after it gives later events a higher sequence number, which tells them from what the redirection itself has drawn.
+///
+/// The server is grabbed, so that nobody else begins between the look for a pixmap and the redirection. All of that is
+/// sent in one piece: a program that is stopped in the middle leaves nothing grabbed.
 OffscreenWindow::OffscreenWindow(XConnection& connection, xcb_window_t frame)
     : connection_(connection), frame_(frame), damage_(xcb_generate_id(connection.xcb())) {
   auto* const xcb = connection.xcb();
   xcb_discard_reply(xcb, xcb_damage_query_version(xcb, 1, 1).sequence);
+  xcb_flush(xcb);
+  xcb_grab_server(xcb);
+  WindowPixmap ofOthers(connection, frame_);
   xcb_damage_create(xcb, damage_, frame_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
   const auto redirect = xcb_composite_redirect_window(xcb, frame_, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
   redirectSequence_ = static_cast<std::uint16_t>(redirect.sequence);
   xcb_no_operation(xcb);
+  xcb_ungrab_server(xcb);
+  isForUs_ = !ofOthers.exists();
 }
 
 OffscreenWindow::~OffscreenWindow() {
@@ -59,7 +66,7 @@ bool OffscreenWindow::noteDrawing(const xcb_generic_event_t& event, RepaintProgr
 }
 
 bool OffscreenWindow::waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID) {
-  constexpr std::chrono::milliseconds kLimit{400};
+  constexpr std::chrono::milliseconds kLimit{700};
   const auto end = Clock::now() + kLimit;
   auto quietSince = Clock::now();
   while (!watch.hasChanged() && !watch.otherHasChanged()) {

@@ -43,8 +43,10 @@ class OffscreenWindow {
   OffscreenWindow& operator=(const OffscreenWindow&) = delete;
   ~OffscreenWindow();
 
+  /// False where another program had the window drawn into memory before this did.
+  bool isForUs() const { return isForUs_; }
   /// Waits until the window is complete, in the coordinates that its own drawing has, and until its application has
-  /// drawn or has nothing left to do. False when that does not come about within 400 ms, or when the window changes.
+  /// drawn or has nothing left to do. False when that does not come about within 700 ms, or when the window changes.
   bool waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID);
 
  private:
@@ -55,6 +57,7 @@ class OffscreenWindow {
   xcb_window_t frame_;
   xcb_damage_damage_t damage_;
   std::uint16_t redirectSequence_;
+  bool isForUs_;
 };
 
 }  // namespace tavik::platform::x11

@@ -13,6 +13,7 @@
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/capture/server_image.h"
 #include "platform/linux/x11/capture/window_cover.h"
+#include "platform/linux/x11/capture/window_pixmap.h"
 #include "platform/linux/x11/server/selection_owner.h"
 
 namespace tavik::platform::x11 {
@@ -20,25 +21,6 @@ namespace tavik::platform::x11 {
 using imaging::PixelRect;
 
 namespace {
-
-/// Owns the pixmap that a window is drawn into. There is none, and reading it fails, for a window that is drawn
-/// straight on the screen.
-class WindowPixmap {
- public:
-  WindowPixmap(XConnection& connection, xcb_window_t window)
-      : connection_(connection), pixmap_(xcb_generate_id(connection.xcb())) {
-    xcb_composite_name_window_pixmap(connection_.xcb(), window, pixmap_);
-  }
-  WindowPixmap(const WindowPixmap&) = delete;
-  WindowPixmap& operator=(const WindowPixmap&) = delete;
-  ~WindowPixmap() { xcb_free_pixmap(connection_.xcb(), pixmap_); }
-
-  xcb_pixmap_t get() const { return pixmap_; }
-
- private:
-  XConnection& connection_;
-  xcb_pixmap_t pixmap_;
-};
 
 /// What of which window is read.
 struct Surface {
@@ -78,19 +60,12 @@ bool isKeptInMemory(XConnection& connection, const Surface& surface) {
   return selectionOwner(connection, Atom::compositingManager) != XCB_NONE;
 }
 
-bool hasPixmap(XConnection& connection, const Surface& surface) {
-  const WindowPixmap pixmap(connection, surface.frame);
-  return connection.reply(xcb_get_geometry_reply, xcb_get_geometry(connection.xcb(), pixmap.get())) != nullptr;
-}
-
-/// Waits while another program has the window drawn into memory. False when that does not end.
-bool waitForOtherReaders(XConnection& connection, const Surface& surface) {
-  using namespace std::chrono_literals;
-  const auto end = Clock::now() + 500ms;
-  while (hasPixmap(connection, surface)) {
+/// Waits while another program has the window drawn into memory. False when that does not end in time.
+bool waitForOtherReaders(XConnection& connection, const Surface& surface, Clock::time_point end) {
+  while (WindowPixmap(connection, surface.frame).exists()) {
     if (Clock::now() >= end) return false;
     const XWatchdog::Pause pause(connection.watchdog());
-    std::this_thread::sleep_for(5ms);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   return true;
 }
@@ -114,25 +89,29 @@ std::optional<imaging::Bitmap> readScreen(XConnection& connection, const Surface
   return watch.otherHasChanged() ? std::nullopt : bitmap;
 }
 
-/// By having the window draw what is hidden.
+/// By having the window draw what is hidden: one program at a time, or the second would wait for drawing that was done
+/// for the first.
 std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surface& surface, StructureWatch& watch,
                                              std::int32_t processID) {
   if (!connection.hasExtension(xcb_composite_id) || !connection.hasExtension(xcb_damage_id)) return std::nullopt;
-  if (!waitForOtherReaders(connection, surface)) return std::nullopt;
   const auto toOwn = [&](const PixelRect& rect) {
     return movedBy(rect, -surface.outer.x - surface.border, -surface.outer.y - surface.border);
   };
   // The server draws the border, and reports no drawing there.
   const PixelRect inner{.width = surface.outer.width - 2 * surface.border,
                         .height = surface.outer.height - 2 * surface.border};
-  watch.forgetOthers();
-  auto hidden = hiddenParts(connection, surface);
-  std::ranges::transform(hidden, hidden.begin(), toOwn);
-  OffscreenWindow offscreen(connection, surface.frame);
-  if (!offscreen.waitForRepaint({intersection(hidden, {inner}), toOwn(surface.client)}, watch, processID)) {
-    return std::nullopt;
+  const auto end = Clock::now() + std::chrono::milliseconds(1500);
+  while (Clock::now() < end && waitForOtherReaders(connection, surface, end)) {
+    watch.forgetOthers();
+    auto hidden = hiddenParts(connection, surface);
+    std::ranges::transform(hidden, hidden.begin(), toOwn);
+    OffscreenWindow offscreen(connection, surface.frame);
+    if (!offscreen.isForUs()) continue;
+    const RepaintProgress progress(intersection(hidden, {inner}), toOwn(surface.client));
+    const bool isDrawn = offscreen.waitForRepaint(progress, watch, processID);
+    return isDrawn ? readPixmap(connection, surface) : std::nullopt;
   }
-  return readPixmap(connection, surface);
+  return std::nullopt;
 }
 
 /// Tries the ways to a whole picture, the surest first:
