@@ -45,6 +45,7 @@ struct LastOutput final : platform::StandardStreams {
     if (more != "\n") bytes = more;
   }
   void writeError(std::string_view) override {}
+  void setLastResort(std::string_view) override {}
 };
 
 template <class Work>

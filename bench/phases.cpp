@@ -38,6 +38,7 @@ struct Discard final : platform::StandardStreams {
   std::string readInputToEnd() override { return {}; }
   void writeOutput(std::string_view) override {}
   void writeError(std::string_view) override {}
+  void setLastResort(std::string_view) override {}
 };
 
 template <class Value>
@@ -94,7 +95,7 @@ int main(int count, char** arguments) {
   if (count != 4) return 2;
   std::printf("start\t%.3f\n", processorMilliseconds());
   Stopwatch stopwatch;
-  const auto platform = platform::makePlatform();
+  const auto platform = platform::makePlatform({});
   if (!platform.workspace->mainScreen()) return 1;
   stopwatch.lap("connect to the X server, screen");
   const auto applications = platform.workspace->runningApplicationsWithBundleIdentifier(arguments[1]);

@@ -28,7 +28,7 @@ class WithoutPrefetch final : public Accessibility {
 }  // namespace
 
 int main() {
-  Platform platform = makePlatform();
+  Platform platform = makePlatform({});
   platform.accessibility = std::make_unique<WithoutPrefetch>(std::move(platform.accessibility));
   std::exit(tavik::hostTask(platform));
 }

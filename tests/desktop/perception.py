@@ -22,12 +22,17 @@ def run(
     return subprocess.run(command, input=request, env=variables, capture_output=True, timeout=LIMIT_SECONDS)
 
 
+def response_of(done: subprocess.CompletedProcess) -> dict:
+    assert done.returncode == 0, (done.returncode, done.stderr.decode(errors="replace"))
+    assert done.stdout.endswith(b"}\n") and done.stdout.count(b"\n") == 1, done.stdout[-200:]
+    return json.loads(done.stdout)
+
+
 def ask(request: dict, environment: Environment | None = None) -> dict:
     """The one JSON object of a run that exits with 0 and says nothing on standard error."""
     done = run(json.dumps(request).encode(), environment)
-    assert (done.returncode, done.stderr) == (0, b""), (done.returncode, done.stderr.decode(errors="replace"))
-    assert done.stdout.endswith(b"}\n") and done.stdout.count(b"\n") == 1, done.stdout[-200:]
-    return json.loads(done.stdout)
+    assert done.stderr == b"", done.stderr.decode(errors="replace")
+    return response_of(done)
 
 
 def capture(request: dict, environment: Environment | None = None) -> dict:

@@ -72,6 +72,7 @@ struct FakeStreams final : Fake<StandardStreams> {
   std::string readInputToEnd() override { return desktop.input; }
   void writeOutput(std::string_view bytes) override { desktop.output += bytes; }
   void writeError(std::string_view bytes) override { desktop.error += bytes; }
+  void setLastResort(std::string_view output) override { desktop.lastResort = output; }
 };
 
 struct FakeWorkspace final : Fake<Workspace> {

@@ -48,6 +48,7 @@ struct FakeDesktop {
   std::string input = {};
   std::string output = {};
   std::string error = {};
+  std::string lastResort = {};
 
   std::vector<platform::RunningApplicationRef> applications = {};
   platform::RunningApplicationRef frontmost = {};

@@ -119,7 +119,7 @@ void expectAnswers(const std::vector<Case>& cases) {
       world().failing = failing;
       arrange(world());
       FakeDesktop console{.input = request};
-      auto platform = platform::makePlatform();
+      auto platform = platform::makePlatform({});
       platform.streams = std::move(makePlatform(console).streams);
       EXPECT_EQ(hostTask(platform), 0);
       EXPECT_EQ(console.output.find('\n'), console.output.size() - 1) << "exactly one line: " << console.output;
@@ -240,7 +240,7 @@ TEST(MacOS, CallsEachHandlerOnce) {
     for (const std::set<std::string>& failing : {std::set<std::string>{}, {"listing"}, {"capturing"}}) {
       world() = twoApplications();
       world().failing = failing;
-      const auto platform = platform::makePlatform();
+      const auto platform = platform::makePlatform({});
       int calls = 0;
       const auto count = [&calls](const auto&) { ++calls; };
       platform.screenCapture->getShareableContent({}, count);

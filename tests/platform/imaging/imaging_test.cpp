@@ -274,6 +274,7 @@ TEST(Scaling, FollowsTheDefinitionOfTheFilter) {
       {"another proportion: narrower and higher", {90, 20}, {31, 47}, textLike},
       {"rows a multiple of 4096 bytes long", {1024, 6}, {640, 4}, noise},
       {"the same size", {33, 17}, {33, 17}, noise},
+      {"thousands of small weights", {3840, 600}, {10, 1}, noise},
       {"one row", {200, 1}, {80, 1}, noise},
       {"one column", {1, 200}, {1, 80}, noise},
       {"large enough for two processors, an odd number of rows", {1000, 1001}, {97, 131}, noise},

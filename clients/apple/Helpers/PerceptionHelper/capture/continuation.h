@@ -28,7 +28,7 @@ template <class Value, class Handler>
 class PendingResumption {
  public:
   explicit PendingResumption(Handler handler)
-      : handler_(std::move(handler)), work_(boost::asio::get_associated_executor(handler_)) {}
+      : work_(boost::asio::get_associated_executor(handler)), handler_(std::move(handler)) {}
 
   /// Resumes the task on its own executor, from whatever thread this is called. Calls after the first do nothing.
   void resume(std::variant<Value, platform::PlatformError> outcome) {
@@ -41,8 +41,9 @@ class PendingResumption {
   }
 
  private:
-  Handler handler_;
+  /// Outlives the handler: a thread that drops it unused ends the task before the event loop does.
   boost::asio::executor_work_guard<boost::asio::associated_executor_t<Handler>> work_;
+  Handler handler_;
   std::atomic_flag resumed_;
 };
 
@@ -57,8 +58,8 @@ boost::asio::awaitable<Value> continuation(Start start) {
     try {
       startWork(platform::CompletionHandler<Value>(
           [pending](std::variant<Value, platform::PlatformError> outcome) { pending->resume(std::move(outcome)); }));
-    } catch (const std::exception& error) {  // it must not escape: the task counts as suspended here
-      pending->resume(platform::PlatformError{error.what()});
+    } catch (...) {  // it must not escape: the task counts as suspended here
+      pending->resume(platform::PlatformError{});
     }
   };
   return boost::asio::async_initiate<const boost::asio::use_awaitable_t<>, void(std::exception_ptr, Value)>(

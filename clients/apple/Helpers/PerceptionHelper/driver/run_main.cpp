@@ -76,6 +76,12 @@ std::optional<std::string> lateMatch(const CapturedImage& image, const CaptureCo
   return match ? match : matchOf(context.application, policy);
 }
 
+/// From here to the response: what does not come to an end here is a picture.
+void prepareForCapture(platform::StandardStreams& streams) {
+  static const auto kText = errorText(replyTo(ErrorCode::capture_failed));
+  streams.setLastResort(kText);
+}
+
 /// The second half of the pass: what is found out, and the response.
 awaitable<void> perceive(const EffectiveRequest& wanted, const std::optional<ResolvedTargetApp>& targetApp,
                          const Platform& platform) {
@@ -88,6 +94,7 @@ awaitable<void> perceive(const EffectiveRequest& wanted, const std::optional<Res
     if (!platform.screenCapture->preflightScreenCaptureAccess()) {
       co_return writeError(replyTo(ErrorCode::screen_recording_permission_required), streams);
     }
+    prepareForCapture(streams);
     const SurfaceRequest surface{.target = wanted.target, .targetApp = targetApp, .region = wanted.request.region};
     const auto parameters = imageParameters(wanted.request, findings.levelUsed);
     auto outcome = co_await captureScreenImage(surface, parameters, *platform.screenCapture, *platform.workspace);

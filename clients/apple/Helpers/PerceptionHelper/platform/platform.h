@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string_view>
 
 #include "platform/accessibility.h"
 #include "platform/host.h"
@@ -22,8 +23,9 @@ struct Platform {
 };
 
 /// The desktop that the program runs on. Defined once by each backend. Opens no connection: that waits for the first
-/// question that needs it, so that a request that asks nothing of the desktop costs nothing.
-Platform makePlatform();
+/// question that needs it, so that a request that asks nothing of the desktop costs nothing. `lastResort` is for its
+/// StandardStreams::setLastResort, and counts from the first moment.
+Platform makePlatform(std::string_view lastResort);
 
 /// Runs `pass`, on whatever thread, while the main one serves what the platform needs of it, and ends the process with
 /// the status that it returns. Called once, by the main thread. Defined once by each backend.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 #include <string>
 
 #include <boost/json/serializer.hpp>
@@ -56,9 +55,15 @@ std::string compactText(const json::object& response) {
 std::string serialized(const json::object& response) {
   try {
     return isExpressible(response) ? compactText(response) : std::string();
-  } catch (const std::exception&) {
+  } catch (...) {
     return {};
   }
+}
+
+ResponseDictionary envelopeOf(const ErrorReply& reply) {
+  ResponseDictionary response{{"ok", false}, {"code", reply.code}, {"error", reply.error}};
+  if (reply.hint) response["hint"] = *reply.hint;
+  return response;
 }
 
 void writeLine(std::string_view bytes, platform::StandardStreams& streams) {
@@ -74,10 +79,10 @@ void writeResponse(const ResponseDictionary& response, platform::StandardStreams
   writeLine(bytes, streams);
 }
 
+std::string errorText(const ErrorReply& reply) { return serialized(envelopeOf(reply)); }
+
 void writeError(const ErrorReply& reply, platform::StandardStreams& streams) {
-  ResponseDictionary response{{"ok", false}, {"code", reply.code}, {"error", reply.error}};
-  if (reply.hint) response["hint"] = *reply.hint;
-  writeResponse(response, streams);
+  writeResponse(envelopeOf(reply), streams);
 }
 
 void writeSerializationFailure(platform::StandardStreams& streams) noexcept {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/standard_streams.h"
 #include "protocol/error_replies.h"
 #include "protocol/response_dictionary.h"
@@ -11,7 +13,10 @@ namespace tavik {
 /// whole by kSerializationFailure. Called once in a run.
 void writeResponse(const ResponseDictionary& response, platform::StandardStreams& streams) noexcept;
 
-/// Writes the error envelope: `ok` false, `code`, `error`, and `hint` when there is one.
+/// The text of an error envelope: `ok` false, `code`, `error`, and `hint` when there is one.
+std::string errorText(const ErrorReply& reply);
+
+/// Writes the error envelope.
 void writeError(const ErrorReply& reply, platform::StandardStreams& streams);
 
 /// Writes the replacement that writeResponse falls back to.

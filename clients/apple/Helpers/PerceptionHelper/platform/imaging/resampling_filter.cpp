@@ -26,14 +26,18 @@ std::int64_t mirrored(std::int64_t place, std::int64_t length) {
   return std::clamp<std::int64_t>(inside, 0, length - 1);
 }
 
-/// The weights in units of 1/kOne; what rounding leaves over goes to the heaviest.
+/// The weights in units of 1/kOne. Their sums up to each place are rounded, not each alone: of thousands of small
+/// weights the errors would add up.
 void inWholeUnits(std::span<const double> weights, std::span<std::int16_t> units) {
   const double scale = ResamplingFilter::kOne / std::accumulate(weights.begin(), weights.end(), 0.0);
-  std::ranges::transform(weights, units.begin(),
-                         [&](double weight) { return static_cast<std::int16_t>(std::lround(weight * scale)); });
-  const auto sum = std::accumulate(units.begin(), units.end(), std::int32_t{0});
-  auto& heaviest = *std::ranges::max_element(units);
-  heaviest = static_cast<std::int16_t>(heaviest + ResamplingFilter::kOne - sum);
+  double sum = 0;
+  std::int64_t given = 0;
+  std::ranges::transform(weights, units.begin(), [&](double weight) {
+    sum += weight * scale;
+    const auto unit = std::llround(sum) - given;
+    given += unit;
+    return static_cast<std::int16_t>(unit);
+  });
 }
 
 }  // namespace

@@ -51,9 +51,9 @@ void keepFreedMemory() {
 
 }  // namespace
 
-Platform makePlatform() {
+Platform makePlatform(std::string_view lastResort) {
+  auto streams = posix::makeStandardStreams(lastResort);  // before anything can be opened, or fail
   keepFreedMemory();
-  auto streams = posix::makeStandardStreams();  // before anything can be opened
   const auto* const chosen = std::ranges::find_if(kWindowSystems, [](const auto& row) { return row.isMeant(); });
   auto contribution = chosen->contribution();
   return {.host = makeLinuxHost(),

@@ -7,8 +7,8 @@
 
 namespace tavik::platform {
 
-Platform makePlatform() {
-  auto streams = posix::makeStandardStreams();  // before anything can be opened
+Platform makePlatform(std::string_view lastResort) {
+  auto streams = posix::makeStandardStreams(lastResort);  // before anything can be opened, or fail
   return {.host = macos::makeHost(),
           .streams = std::move(streams),
           .workspace = macos::makeWorkspace(),

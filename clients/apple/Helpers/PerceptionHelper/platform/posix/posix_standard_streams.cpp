@@ -1,10 +1,12 @@
 #include "platform/posix/posix_standard_streams.h"
 
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "platform/posix/descriptor_io.h"
+#include "platform/posix/last_resort.h"
 #include "platform/posix/regular_file.h"
 
 namespace tavik::platform::posix {
@@ -19,14 +21,24 @@ void occupyClosedDescriptors() {
 }
 
 struct PosixStandardStreams final : StandardStreams {
-  std::string readInputToEnd() override { return readToEnd(STDIN_FILENO).bytes; }
-  void writeOutput(std::string_view bytes) override { writeAll(STDOUT_FILENO, bytes); }
+  std::string readInputToEnd() override {
+    auto input = readToEnd(STDIN_FILENO).bytes;
+    limitTime(std::chrono::seconds(10));
+    return input;
+  }
+  void writeOutput(std::string_view bytes) override {
+    beginOutput();
+    writeAll(STDOUT_FILENO, bytes);
+  }
   void writeError(std::string_view bytes) override { writeAll(STDERR_FILENO, bytes); }
+  void setLastResort(std::string_view output) override { posix::setLastResort(output); }
 };
 
 }  // namespace
 
-std::unique_ptr<StandardStreams> makeStandardStreams() {
+std::unique_ptr<StandardStreams> makeStandardStreams(std::string_view lastResort) {
+  setLastResort(lastResort);
+  forbidCoreDumps();
   std::signal(SIGPIPE, SIG_IGN);
   occupyClosedDescriptors();
   keepDescriptorInReserve();
