@@ -220,6 +220,7 @@ TEST(RunMain, MapsEveryFailureToItsError) {
   const auto minimized = [](FakeDesktop& d) { d.content->windows[0].isOnScreen = false; };
   const auto unencodable = [](FakeDesktop& d) { d.imageSize = {-1, -1}; };
   const auto throwing = [](FakeDesktop& d) { d.deliver = [](const auto&) { throw std::runtime_error("broken"); }; };
+  const auto dropping = [](auto& d) { d.deliver = [](const auto& handle) { std::thread([handle] {}).detach(); }; };
   const auto silent = [](FakeDesktop& d) { d.deliver = [](const auto&) {}; };
   const auto infinite = [](FakeDesktop& d) { d.screen->backingScaleFactor = 1.0 / 0.0; };
   for (const auto& [reason, request, code, identifier, arrange] : {
@@ -243,6 +244,7 @@ TEST(RunMain, MapsEveryFailureToItsError) {
            Case{"no encoding", safari, failed, "", unencodable},
            Case{"a backend that throws", safari, failed, "", throwing},
            Case{"a backend that never answers", safari, fallback, "", silent},
+           Case{"nor does a thread of it", safari, fallback, "", dropping},
            Case{"a clock that throws", screen, fallback, "", without(&FakeDesktop::date)},
            Case{"a number that JSON cannot express", screen, fallback, "", infinite},
        }) {

@@ -41,7 +41,7 @@ TEST(LastResort, IsWrittenInPlaceOfAnOutputThatDoesNotCome) {
   };
   const Row rows[] = {
       {"a library aborts", [] { ::raise(SIGABRT); }, SIGABRT},
-      {"GLib has no memory", [] { ::raise(SIGTRAP); }, SIGTRAP},
+      {"a library stops", [] { ::raise(SIGTRAP); }, SIGTRAP},
       {"an invalid access", [] { ::raise(SIGSEGV); }, SIGSEGV},
       {"an exception that nobody may throw", &throwOutOfThis, SIGABRT},
       {"a question without an end", &waitForTheEnd, SIGALRM},

@@ -41,12 +41,17 @@ struct DesktopEntryCatalogTest : testing::Test {
 
 TEST(DesktopEntry, IsReadInTheUsersLanguage) {
   const std::string text =
-      "[Desktop Entry]\nType=Application\nName=Calculator\nName[de]=Rechner\nExec=\"/opt/my apps/calc\" --new %U\n"
-      "StartupWMClass=Calc\n[Desktop Action about]\nName=About\nName[de]=Info\nExec=other\n";
-  for (const auto& [language, name] :
-       {std::pair{"C", "Calculator"}, {"de_AT.UTF-8", "Rechner"}, {"fr", "Calculator"}}) {
+      "# Comment\n[Desktop Entry]\nType=Application\nName = "
+      "Early\nName=Calculator\nName[de]=Rechner\nName[sr@latin]=Ra\\sun\n"
+      "Name[sr_RS]=\\q\nExec=\"/opt/my apps/c\\\\alc\" --new %U\r\n\n[Desktop Action "
+      "about]\nName=About\nName[de]=Info\n"
+      "StartupWMClass=other\n[Desktop Entry]\nStartupWMClass=Calc\n";
+  for (const auto& [language, name] : {std::pair{"C", "Calculator"},
+                                       {"de_AT.UTF-8", "Rechner"},
+                                       {"fr", "Calculator"},
+                                       {"fr:de", "Rechner"},
+                                       {"sr_RS.UTF-8@latin", "Ra un"}}) {
     ::setenv("LANGUAGE", language, 1);
-    ::setenv("LC_ALL", language, 1);
     const auto entry = parseDesktopEntry("calc", text);
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->name, name) << language;
@@ -54,16 +59,18 @@ TEST(DesktopEntry, IsReadInTheUsersLanguage) {
     EXPECT_EQ(entry->startupClass, "Calc");
   }
   ::unsetenv("LANGUAGE");
-  ::unsetenv("LC_ALL");
 }
 
 TEST(DesktopEntry, IsNothingElse) {
-  for (const std::string text : {"", "\xFF\xFE garbage", "[Desktop Entry]\nType=Application\nHidden=true\n",
-                                 "[Desktop Entry]\nType=Link\n", "[Desktop Action a]\nType=Application\n"}) {
+  const std::string start = "[Desktop Entry]\nType=Application\n";
+  for (const auto& text : {std::string(), std::string("\xFF\xFE garbage"), start + "Hidden=true\n",
+                           std::string("[Desktop Entry]\nType=Link\n"), start + "Name\n", "Name=Early\n" + start,
+                           std::string("[Desktop Action a]\nType=Application\n")}) {
     EXPECT_FALSE(parseDesktopEntry("id", text)) << text;
   }
-  EXPECT_TRUE(parseDesktopEntry("id", "[Desktop Entry]\nType=Application\nExec=\"unclosed\nName=\xFF\n"))
-      << "an entry with broken values is one without them";
+  const auto broken = parseDesktopEntry("id", start + "Exec=\"unclosed\nName=\xFF\n");
+  ASSERT_TRUE(broken) << "an entry with broken values is one without them";
+  EXPECT_EQ(broken->program + broken->name, "");
 }
 
 TEST_F(DesktopEntryCatalogTest, TheUsersFilesComeFirst) {

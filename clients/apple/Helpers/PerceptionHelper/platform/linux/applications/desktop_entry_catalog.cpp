@@ -1,13 +1,14 @@
 #include "platform/linux/applications/desktop_entry_catalog.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
-#include "platform/linux/applications/glib_library.h"
 #include "platform/posix/regular_file.h"
 #include "text/utf8.h"
 
@@ -40,17 +41,21 @@ std::map<std::string, std::string> filesOf(const std::string& folder) {
   return files;
 }
 
+/// The value of an environment variable; one that is empty counts as unset.
+std::string variable(const char* name, const std::string& otherwise) {
+  const char* const value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? value : otherwise;
+}
+
 }  // namespace
 
 std::vector<std::string> applicationFolders() {
+  std::istringstream paths(variable("XDG_DATA_HOME", variable("HOME", "") + "/.local/share") + ":" +
+                           variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share"));
   std::vector<std::string> folders;
-  const auto add = [&](const char* folder) {
-    // freedesktop.org has relative paths ignored.
-    if (fs::path(folder).is_absolute()) folders.push_back((fs::path(folder) / "applications").string());
-  };
-  if (!glib()) return {};
-  add(glib()->g_get_user_data_dir());
-  for (const auto* folder = glib()->g_get_system_data_dirs(); *folder != nullptr; ++folder) add(*folder);
+  for (std::string path; std::getline(paths, path, ':');) {
+    if (fs::path(path).is_absolute()) folders.push_back((fs::path(path) / "applications").string());
+  }
   return folders;
 }
 

@@ -12,8 +12,8 @@
 
 namespace tavik::platform::applications {
 
-/// The folders that hold the installed applications' entries, those with precedence first (XDG base directories,
-/// freedesktop.org).
+/// The folders that hold the installed applications' entries, those with precedence first; relative ones do not count
+/// (XDG Base Directory Specification).
 std::vector<std::string> applicationFolders();
 
 /// The desktop entries of some folders. Folders are listed at the first question, and each file is read when it is

@@ -1,33 +1,44 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
-
-#include <glib.h>
+#include <string_view>
+#include <vector>
 
 namespace tavik::platform::applications {
 
-/// Owns a GKeyFile: the format of desktop entries and of what is like them.
-struct KeyFileDeleter {
-  void operator()(GKeyFile* file) const;
+/// A file of groups of keys with values: the format of desktop entries and of what is like them (Desktop Entry
+/// Specification, "Basic format of the file"). Of a key that is given twice, the last counts. Refers to the text that
+/// it was made from, which outlives it.
+class KeyFile {
+ public:
+  /// Nothing when a line is neither a comment, a group's name nor a key with its value.
+  static std::optional<KeyFile> parse(std::string_view text);
+
+  /// The value of a string, without escapes. Nothing when the key is missing, or its value is not valid UTF-8 or has an
+  /// escape that there is not.
+  std::optional<std::string> string(std::string_view group, std::string_view key) const;
+  /// The same in the first of some languages that the file has the key in, else without a language.
+  std::optional<std::string> localeString(std::string_view group, std::string_view key,
+                                          const std::vector<std::string>& languages) const;
+  /// False when the key is missing or no boolean.
+  bool boolean(std::string_view group, std::string_view key) const;
+
+ private:
+  struct Line {
+    std::string_view group = {};
+    std::string_view key = {};
+    std::string_view value = {};
+  };
+
+  const Line* find(std::string_view group, std::string_view key) const;
+
+  std::vector<Line> lines_ = {};
 };
-using KeyFile = std::unique_ptr<GKeyFile, KeyFileDeleter>;
 
-/// Reads a key file; null when the text is none, or without GLib.
-KeyFile parseKeyFile(const std::string& text);
-
-/// A string in the user's language, which the environment names, where the file has it. Valid UTF-8.
-std::optional<std::string> localeString(const KeyFile& file, const char* group, const char* key);
-
-/// A string as it stands without a language. Valid UTF-8.
-std::optional<std::string> plainString(const KeyFile& file, const char* group, const char* key);
-
-/// False when the key is missing or no boolean.
-bool boolean(const KeyFile& file, const char* group, const char* key);
-
-/// The base name of the program that a command line of a desktop entry's Exec key starts; empty when it is malformed,
-/// or without GLib.
-std::string programOfCommandLine(const std::string& commandLine);
+/// The user's languages for messages, the preferred one first, each with its variants from the closest to the plain one
+/// as keys of a desktop entry name them: "de_AT", "de". Taken from LANGUAGE (GNU gettext), LC_ALL, LC_MESSAGES and
+/// LANG.
+std::vector<std::string> userLanguages();
 
 }  // namespace tavik::platform::applications

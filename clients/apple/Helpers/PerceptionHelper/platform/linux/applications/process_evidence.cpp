@@ -16,10 +16,10 @@ namespace {
 constexpr std::size_t kLargestFile = std::size_t{64} * 1024;
 
 /// What Flatpak has written into the sandbox of a process (flatpak-metadata(5)).
-std::string flatpakInfo(std::int32_t processID, const char* group, const char* key) {
+std::string flatpakInfo(std::int32_t processID, std::string_view group, std::string_view key) {
   const auto text = posix::readRegularFile(procPath(processID, "root/.flatpak-info"), kLargestFile);
-  const auto file = text ? parseKeyFile(*text) : nullptr;
-  return file ? plainString(file, group, key).value_or("") : "";
+  const auto file = text ? KeyFile::parse(*text) : std::nullopt;
+  return file ? file->string(group, key).value_or("") : "";
 }
 
 }  // namespace
