@@ -50,7 +50,7 @@ def crowd() -> Gtk.Widget:
     rows = Gtk.ListStore(str)
     for number in range(1, CROWD):
         rows.append([str(number)])
-    table = Gtk.TreeView(model=rows, headers_visible=False)  # whose first child stands for the column
+    table = Gtk.TreeView(model=rows, headers_visible=False)  # whose first child is its header, hidden
     table.append_column(Gtk.TreeViewColumn("", Gtk.CellRendererText(), text=0))
     scrolled = Gtk.ScrolledWindow()
     scrolled.add(table)
@@ -61,6 +61,11 @@ class Trap(Atk.Object):
     def do_get_name(self) -> str:
         os.kill(os.getpid(), getattr(signal, f"SIG{sys.argv[1].upper()}"))
         return "late"
+
+    def do_ref_state_set(self) -> Atk.StateSet:
+        states = Atk.StateSet()
+        states.add_state(Atk.StateType.VISIBLE)
+        return states
 
 
 class Trapped(Gtk.DrawingArea):

@@ -7,6 +7,7 @@ import re
 import subprocess
 import time
 from collections.abc import Callable
+from itertools import filterfalse, islice
 from pathlib import Path
 
 import gi
@@ -168,9 +169,17 @@ def accessible_node(accessible: Atspi.Accessible, depth: int) -> dict:
         frame = Atspi.Component.get_extents(accessible, Atspi.CoordType.SCREEN)
         if frame.width > 0 and frame.height > 0 and frame.x != NOWHERE:
             node["frame"] = [frame.x, frame.y, frame.width, frame.height]
-    if walked := min(accessible.get_child_count(), 50) if depth < 8 else 0:
-        node["children"] = [accessible_node(accessible.get_child_at_index(at), depth + 1) for at in range(walked)]
+    count = accessible.get_child_count() if depth < 8 else 0
+    children = filterfalse(is_hidden, (accessible.get_child_at_index(at) for at in range(count)))
+    if walked := [accessible_node(child, depth + 1) for child in islice(children, 50)]:
+        node["children"] = walked
     return node
+
+
+def is_hidden(accessible: Atspi.Accessible) -> bool:
+    states = accessible.get_state_set()
+    shown = states.contains(Atspi.StateType.VISIBLE) or states.contains(Atspi.StateType.SHOWING)
+    return not shown and "menu" not in accessible.get_role_name()
 
 
 def nodes(tree: dict) -> list[dict]:

@@ -162,12 +162,20 @@ FakeObjects trickyTree() {
       {"/itself", {.name = "itself", .children = {"/itself", "/leaf"}}},
       {"/sockets", {.name = "sockets", .children = {"!/plug", "/leaf", "!/stolen", "!/gone"}}},
       {"/plug", {.name = "plug", .parent = "/sockets"}},
+      {"/shown", {.name = "shown", .children = {"/hidden", "/scrolled", "/menu"}}},
+      {"/hidden", {.states = 0, .name = "secret", .children = {"/leaf"}}},
+      {"/scrolled", {.states = kVisible, .name = "scrolled"}},
+      {"/menu", {.role = 41, .states = 0, .name = "menu", .children = {"/item"}}},
+      {"/item", {.role = 35, .states = 0, .name = "item"}},
+      {"/halves", {.name = "halves", .children = std::vector<std::string>(300, "/hidden")}},
       {"/stolen", {.name = "stolen", .parent = "/elsewhere"}},
       {"/leaf", {.role = 29, .interfaces = {"Text"}, .name = "leaf", .text = "leaf"}},
   };
-  objects["/root"].children = {"/nulls", "/many", "", "/holes", "/gone", "/itself", "/sockets", "/broken", "/leaf"};
+  objects["/root"].children = {"/nulls",   "/many",  "",        "/holes",  "/gone", "/itself",
+                               "/sockets", "/shown", "/halves", "/broken", "/leaf"};
   objects["/many"].children[0] = "/nulls";
   objects["/holes"].children[1] = "";
+  for (std::size_t at = 1; at < 300; at += 2) objects["/halves"].children[at] = "/leaf";
   return objects;
 }
 
@@ -180,12 +188,17 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   };
   const auto root = ahead.takeRoot();
   readTree(*root, {3, kMaxAXChildren, 10'000, factsFor(kWalkedAXAttributes)});
-  const auto calls = ahead.calls("GetRole");
+  const auto calls = ahead.calls("Description");
   const auto seen = walked(*root);
   EXPECT_EQ(seen, walked(*oneByOne.takeRoot()));
   EXPECT_EQ(seen.second, calls);
-  EXPECT_EQ(ahead.calls("GetRole"), calls) << "the walk asks nothing more";
-  EXPECT_EQ(oneByOne.calls("GetInterfaces"), calls) << "nor twice for anything";
+  EXPECT_EQ(ahead.calls("Description"), calls) << "the walk asks nothing more";
+  for (const auto* question : {"GetInterfaces", "GetRole"}) {
+    const auto hidden = oneByOne.calls(question, "/hidden");
+    EXPECT_LE(oneByOne.calls(question) - hidden, calls) << question << ": nor twice for anything";
+  }
+  EXPECT_EQ(ahead.calls("Name", "/hidden") + ahead.calls("ChildCount", "/hidden"), 0) << "nobody can see it";
+  EXPECT_EQ(ahead.calls("Name", "/scrolled") + ahead.calls("Name", "/item"), 2) << "and these whoever scrolls or opens";
   EXPECT_EQ(ahead.calls("Name", "/org/a11y/atspi/null"), 0) << "the null object is no child";
   EXPECT_EQ(ahead.calls("GetChildren", "/many"), 0) << "a big container is not listed whole";
   EXPECT_EQ(ahead.calls("GetText", "/many"), 0) << "no text is asked for where there is none";

@@ -51,7 +51,7 @@ void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject&
   if (member == "Parent") sd_bus_message_append(reply, "v", "(so)", kName, object.parent.c_str());
   if (member == "GetRole") sd_bus_message_append(reply, "u", object.role);
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());
-  if (member == "GetState") sd_bus_message_append(reply, "au", 2, object.states, 0U);
+  if (member == "GetState") sd_bus_message_append(reply, "au", 2, static_cast<std::uint32_t>(object.states), 0U);
   if (member == "GetText") sd_bus_message_append(reply, "s", object.text.c_str());
   if (member == "GetChildren") appendArray(reply, "(so)", object.children, appendReference);
   if (member == "GetMatches") appendArray(reply, "(so)", object.matches, appendReference);

@@ -19,7 +19,7 @@ namespace tavik::platform::atspi {
 struct FakeObject {
   std::uint32_t role = 39;  ///< panel
   std::string roleName = "panel";
-  std::uint32_t states = 0;
+  States states = kVisible | kShowing;
   std::vector<std::string> interfaces = {};  ///< without "org.a11y.atspi."
   std::string name = {};
   std::string text = {};

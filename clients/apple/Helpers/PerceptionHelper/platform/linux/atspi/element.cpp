@@ -115,10 +115,7 @@ void Element::ask(unsigned facts) {
   asked_ |= fresh;
   const auto isFresh = [fresh](unsigned fact) { return (fresh & fact) != 0; };
   if (isFresh(fact::role)) askRole();
-  if (isFresh(fact::states)) {
-    session_->conversation.ask(reference(), kAccessible, "GetState",
-                               [this](const dbus::Answer& answer) { known_.states = readStates(answer.reply); });
-  }
+  if (isFresh(fact::states)) withStates([] {});
   if (isFresh(fact::name)) askString("Name", known_.name);
   if (isFresh(fact::description)) askString("Description", known_.description);
   if (isFresh(fact::helpText)) askHelpText();
@@ -138,21 +135,47 @@ void Element::withInterfaces(const std::function<void()>& then) {
   });
 }
 
+void Element::withRoleNumber(const std::function<void()>& then) {
+  if (roleNumber_) return then();
+  session_->conversation.ask(reference(), kAccessible, "GetRole", [this, then](const dbus::Answer& answer) {
+    roleNumber_ = readUInt32(answer.reply);
+    then();
+  });
+}
+
+void Element::withStates(const std::function<void()>& then) {
+  asked_ |= fact::states;
+  if (known_.states) return then();
+  session_->conversation.ask(reference(), kAccessible, "GetState", [this, then](const dbus::Answer& answer) {
+    known_.states = readStates(answer.reply);
+    then();
+  });
+}
+
 void Element::askRole() {
-  session_->conversation.ask(reference(), kAccessible, "GetRole", [this](const dbus::Answer& answer) {
-    const auto role = readUInt32(answer.reply);
-    if (!role) return;
-    if (needsRoleName(*role)) {
+  withRoleNumber([this] {
+    if (!roleNumber_) return;
+    if (needsRoleName(*roleNumber_)) {
       session_->conversation.ask(reference(), kAccessible, "GetRoleName", [this](const dbus::Answer& named) {
         if (const auto roleName = readString(named.reply)) known_.role = axRole(*roleName);
       });
-    } else if (needsLineState(*role)) {
-      session_->conversation.ask(reference(), kAccessible, "GetState", [this, role](const dbus::Answer& stated) {
-        if (const auto states = readStates(stated.reply)) known_.role = axRole(*role, (*states & kMultiLine) != 0);
+    } else if (needsLineState(*roleNumber_)) {
+      withStates([this] {
+        if (known_.states) known_.role = axRole(*roleNumber_, (*known_.states & kMultiLine) != 0);
       });
     } else {
-      known_.role = axRole(*role, false);
+      known_.role = axRole(*roleNumber_, false);
     }
+  });
+}
+
+void Element::withVisibility(const std::function<void()>& then) {
+  withStates([this, then] {
+    if (!known_.states || (*known_.states & (kVisible | kShowing)) != 0) return then();
+    withRoleNumber([this, then] {
+      isHidden_ = !roleNumber_ || !isOfMenu(*roleNumber_);
+      then();
+    });
   });
 }
 
@@ -189,33 +212,44 @@ void Element::withChildren(std::size_t limit, const std::function<void()>& then)
         const auto count = readInt32Property(answer.reply);
         if (!count || *count == 0) return then();
         const bool areMany = *count > kManyChildren && limit <= static_cast<std::size_t>(kManyChildren);
-        areMany ? askChildrenByIndex(limit, then) : askAllChildren(limit, then);
+        const Indices all{.begin = 0, .end = static_cast<std::size_t>(std::max(*count, 0))};
+        areMany ? askChildrenByIndex(all, limit, then) : askAllChildren(limit, then);
       });
 }
 
 void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) {
   session_->conversation.ask(reference(), kAccessible, "GetChildren", [this, limit, then](const dbus::Answer& answer) {
-    const std::size_t taken = std::min(limit, session_->elementsLeft);
-    adopt(readReferences(answer.reply, taken).value_or(std::vector<dbus::Reference>{}), then);
+    auto references = readReferences(answer.reply, session_->elementsLeft);
+    adoptUpTo(limit, std::move(references).value_or(std::vector<dbus::Reference>{}), then);
   });
 }
 
-void Element::askChildrenByIndex(std::size_t limit, const std::function<void()>& then) {
-  if (limit == 0) return then();
+void Element::adoptUpTo(std::size_t limit, std::vector<dbus::Reference> references, const std::function<void()>& then) {
+  const auto missing = static_cast<std::ptrdiff_t>(std::min(limit - known_.children.size(), references.size()));
+  const auto end = references.begin() + missing;
+  std::vector<dbus::Reference> rest(std::make_move_iterator(end), std::make_move_iterator(references.end()));
+  references.erase(end, references.end());
+  adopt(std::move(references), [this, limit, then, rest = std::move(rest)] {
+    const bool isEnough = rest.empty() || known_.children.size() == limit || session_->elementsLeft == 0;
+    isEnough ? then() : adoptUpTo(limit, rest, then);
+  });
+}
+
+void Element::askChildrenByIndex(Indices indices, std::size_t limit, const std::function<void()>& then) {
+  const auto wanted = std::min(limit - known_.children.size(), indices.end - indices.begin);
+  if (wanted == 0 || session_->elementsLeft == 0) return then();
   const auto answers =
-      std::make_shared<Answers>(Answers{.references = std::vector<dbus::Reference>(limit), .missing = limit});
-  for (std::size_t index = 0; index < limit; ++index) {
-    const auto handler = [this, limit, then, answers, index](const dbus::Answer& answer) {
+      std::make_shared<Answers>(Answers{.references = std::vector<dbus::Reference>(wanted), .missing = wanted});
+  const Indices rest{.begin = indices.begin + wanted, .end = indices.end};
+  for (std::size_t index = 0; index < wanted; ++index) {
+    const auto handler = [this, rest, limit, then, answers, index](const dbus::Answer& answer) {
       answers->references[index] = readReference(answer.reply).value_or(dbus::Reference{});
       if (--answers->missing > 0) return;
-      // A null object does not count as a child, so that later children move up: then the whole list is needed.
-      if (std::ranges::find(answers->references, dbus::Reference{}) != answers->references.end()) {
-        return askAllChildren(limit, then);
-      }
-      adopt(std::move(answers->references), then);
+      std::erase(answers->references, dbus::Reference{});
+      adopt(std::move(answers->references), [this, rest, limit, then] { askChildrenByIndex(rest, limit, then); });
     };
     session_->conversation.ask(reference(), kAccessible, "GetChildAtIndex", handler, "i",
-                               static_cast<std::int32_t>(index));
+                               static_cast<std::int32_t>(indices.begin + index));
   }
 }
 
@@ -232,8 +266,7 @@ void Element::adopt(std::vector<dbus::Reference> references, const std::function
   const auto answers = std::make_shared<Answers>(Answers{.references = std::move(references), .missing = foreign});
   const auto finish = [this, then, answers] {
     std::erase(answers->references, dbus::Reference{});
-    addChildren(std::move(answers->references));
-    then();
+    dropHidden(addChildren(std::move(answers->references)), then);
   };
   if (foreign == 0) return finish();
   for (auto& child : answers->references) {
@@ -246,12 +279,27 @@ void Element::adopt(std::vector<dbus::Reference> references, const std::function
   }
 }
 
-void Element::addChildren(std::vector<dbus::Reference> references) {
+void Element::dropHidden(std::size_t count, const std::function<void()>& then) {
+  const bool isApplication = lineage_->parent == nullptr;
+  const std::vector fresh(known_.children.end() - static_cast<std::ptrdiff_t>(count), known_.children.end());
+  if (isApplication || fresh.empty()) return then();
+  const auto missing = std::make_shared<std::size_t>(count);
+  for (const auto& child : fresh) {
+    child->withVisibility([this, then, missing] {
+      if (--*missing > 0) return;
+      session_->elementsLeft += std::erase_if(known_.children, [](const auto& element) { return element->isHidden_; });
+      then();
+    });
+  }
+}
+
+std::size_t Element::addChildren(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
   for (auto& reference : references) {
     known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset, lineage_));
   }
+  return references.size();
 }
 
 std::optional<std::string> Element::admitted(std::optional<std::string> text) {

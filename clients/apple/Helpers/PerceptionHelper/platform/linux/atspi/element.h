@@ -69,27 +69,44 @@ class Element final : public UIElement {
   /// Calls `then` when the object's interfaces are known, or known to be unreadable.
   void withInterfaces(const std::function<void()>& then);
   /// Calls `then` when the children are known: at least the first `limit`, all of them when they are not many more.
+  /// What no user can bring into view by scrolling or opening a menu is no child; the windows of an application always
+  /// are.
   void withChildren(std::size_t limit, const std::function<void()>& then);
 
   const std::shared_ptr<Session>& session() const { return session_; }
   const dbus::Reference& reference() const { return lineage_->reference; }
   const Knowledge& known() const { return known_; }
+  const std::shared_ptr<const Lineage>& lineage() const { return lineage_; }
   /// For a window, before its children are known.
   void setOffset(std::optional<Point> offset) { known_.offset = offset; }
 
  private:
+  struct Indices {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+  };
+
   void askRole();
+  void withRoleNumber(const std::function<void()>& then);
+  void withStates(const std::function<void()>& then);
+  /// Calls `then` when it is known whether the object is hidden: neither visible nor showing, but for closed menus.
+  void withVisibility(const std::function<void()>& then);
+  /// Takes those of the last `count` children away that are hidden.
+  void dropHidden(std::size_t count, const std::function<void()>& then);
+  /// Adopts these, the first first, until there are `limit` children.
+  void adoptUpTo(std::size_t limit, std::vector<dbus::Reference> references, const std::function<void()>& then);
   void askHelpText();
   void askText();
   void askExtents();
   void askString(const char* property, std::optional<std::string>& result);
   void askAllChildren(std::size_t limit, const std::function<void()>& then);
-  void askChildrenByIndex(std::size_t limit, const std::function<void()>& then);
+  /// Adopts those children until there are `limit`; a null object is none.
+  void askChildrenByIndex(Indices indices, std::size_t limit, const std::function<void()>& then);
   /// Takes them for its children, but for those that it is itself below, and for those of other processes that have
   /// another parent: anybody can claim anybody's objects.
   void adopt(std::vector<dbus::Reference> references, const std::function<void()>& then);
   bool isBelow(const dbus::Reference& reference) const;
-  void addChildren(std::vector<dbus::Reference> references);
+  std::size_t addChildren(std::vector<dbus::Reference> references);
   std::optional<std::string> admitted(std::optional<std::string> text);
 
   std::shared_ptr<Session> session_;
@@ -98,6 +115,8 @@ class Element final : public UIElement {
   unsigned asked_ = 0;
   bool askedInterfaces_ = false;
   bool askedChildren_ = false;
+  bool isHidden_ = false;
+  std::optional<std::uint32_t> roleNumber_;
 };
 
 }  // namespace tavik::platform::atspi

@@ -12,9 +12,9 @@ using ElementRef = std::shared_ptr<Element>;
 
 constexpr TreeBounds kSearchBounds{.maxDepth = 32, .maxChildren = 200, .maxElements = 10'000, .facts = fact::states};
 
-/// An element of the same window about which nothing has been read.
+/// An element below the window about which nothing has been read.
 ElementRef freshElement(Element& window, dbus::Reference reference) {
-  return std::make_shared<Element>(window.session(), std::move(reference), window.known().offset);
+  return std::make_shared<Element>(window.session(), std::move(reference), window.known().offset, window.lineage());
 }
 
 /// Asks for the objects below a window that have the state FOCUSED. Nothing when the window cannot be asked.
@@ -35,7 +35,8 @@ std::optional<std::vector<dbus::Reference>> collectFocused(Element& window) {
 
 /// Reduces the bounds by what it has read.
 ElementRef searchFocused(Element& window, TreeBounds& bounds) {
-  const ElementRef root = freshElement(window, window.reference());
+  const ElementRef root =
+      std::make_shared<Element>(window.session(), window.reference(), window.known().offset, window.lineage()->parent);
   bounds.maxElements -= readTree(*root, bounds);
   Element* focused = findFocused(*root);
   return focused ? freshElement(window, focused->reference()) : nullptr;

@@ -27,6 +27,8 @@ using States = std::uint64_t;
 constexpr States kActive = States{1} << 1U;
 constexpr States kFocused = States{1} << 12U;
 constexpr States kMultiLine = States{1} << 17U;
+constexpr States kShowing = States{1} << 25U;
+constexpr States kVisible = States{1} << 30U;
 
 /// Which of the interfaces that not every object has an object implements.
 struct Interfaces {

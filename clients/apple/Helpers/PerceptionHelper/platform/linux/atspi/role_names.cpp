@@ -162,6 +162,8 @@ static_assert(isAt(kEntry, "entry") && isAt(100, "image map") && isAt(130, "swit
 
 bool needsRoleName(std::uint32_t role) { return role == kExtended || role >= kRoles.size(); }
 
+bool isOfMenu(std::uint32_t role) { return axRole(role, false).starts_with("AXMenu"); }
+
 bool needsLineState(std::uint32_t role) { return role == kText || role == kEntry; }
 
 std::string_view axRole(std::uint32_t role, bool isMultiLine) {

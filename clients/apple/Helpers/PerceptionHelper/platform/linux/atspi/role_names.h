@@ -13,6 +13,9 @@ bool needsRoleName(std::uint32_t role);
 /// True when one role stands for fields of one line and of several: the object's states have to be asked for.
 bool needsLineState(std::uint32_t role);
 
+/// True of menus and what is in them.
+bool isOfMenu(std::uint32_t role);
+
 /// The AX role for a number. "AXUnknown" for a number beyond the known ones.
 std::string_view axRole(std::uint32_t role, bool isMultiLine);
 
