@@ -33,7 +33,7 @@ class PolicyTest(unittest.TestCase):
     def test_delivered_policy_withholds_passwords(self) -> None:
         for toolkit, window_class, request, count in (
             ("GTK 3", "made-secrets", REQUEST, 2),
-            ("Qt 5", "qt-sign-in", {"app_name": "qt-sign-in"}, 3),
+            ("Qt 5", "qt-sign-in", {"app_name": "qt-sign-in"}, 4),
         ):
             with self.subTest(toolkit):
                 if not windows_of_class(window_class):

@@ -52,6 +52,15 @@ Value size(const Knowledge& known) {
   return rect ? Value(Size{.width = rect->width, .height = rect->height}) : std::nullopt;
 }
 
+/// True of a combo box whose text is typed into a password field: Qt names it after that text.
+bool isNamedAfterSecret(const Knowledge& known) {
+  return known.role == "AXComboBox" && std::ranges::any_of(known.children, [](const auto& child) {
+           return child->known().role == "AXSecureTextField";
+         });
+}
+
+Value title(const Knowledge& known) { return isNamedAfterSecret(known) ? std::nullopt : unlessEmpty(known.name); }
+
 struct Attribute {
   std::string_view name;
   unsigned facts;
@@ -60,7 +69,7 @@ struct Attribute {
 
 constexpr std::array kAttributes{
     Attribute{"AXRole", fact::role, &role},
-    Attribute{"AXTitle", fact::name, [](const Knowledge& known) { return unlessEmpty(known.name); }},
+    Attribute{"AXTitle", fact::role | fact::name, &title},
     Attribute{"AXValue", fact::role | fact::text, &value},
     Attribute{"AXHelp", fact::helpText, [](const Knowledge& known) { return unlessEmpty(known.helpText); }},
     Attribute{"AXDescription", fact::description,
@@ -165,7 +174,14 @@ void Element::askRole() {
       });
     } else {
       known_.role = axRole(*roleNumber_, false);
+      if (known_.role == "AXComboBox") askRolesOfChildren();
     }
+  });
+}
+
+void Element::askRolesOfChildren() {
+  withChildren(kAllChildren, [this] {
+    for (const auto& child : known_.children) child->ask(fact::role);
   });
 }
 

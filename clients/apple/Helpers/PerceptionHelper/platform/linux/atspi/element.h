@@ -58,10 +58,11 @@ class Element final : public UIElement {
   Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
           std::shared_ptr<const Lineage> parent = {});
 
-  /// An element whose role could not be read has no "AXValue" either, because what must not be shown is told by the
-  /// role. "AXValue" is the text of the Text interface as the toolkit gives it to anyone, bullets for a password; it is
-  /// asked for without the number of its characters, for which GTK 4.8 gives away hidden text. A text that only holds
-  /// the places of embedded objects, as Chromium's containers have, is none.
+  /// A combo box with a password field has no "AXTitle". An element whose role could not be read has no "AXValue"
+  /// either, because what must not be shown is told by the role. "AXValue" is the text of the Text interface as the
+  /// toolkit gives it to anyone, bullets for a password; it is asked for without the number of its characters, for
+  /// which GTK 4.8 gives away hidden text. A text that only holds the places of embedded objects, as Chromium's
+  /// containers have, is none.
   std::optional<AttributeValue> copyAttributeValue(std::string_view name) override;
 
   /// Asks for those facts that have not been asked for. They are known once the session has settled.
@@ -87,6 +88,7 @@ class Element final : public UIElement {
   };
 
   void askRole();
+  void askRolesOfChildren();
   void withRoleNumber(const std::function<void()>& then);
   void withStates(const std::function<void()>& then);
   /// Calls `then` when it is known whether the object is hidden: neither visible nor showing, but for closed menus.
