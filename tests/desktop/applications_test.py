@@ -5,7 +5,7 @@ import unittest
 from concurrent.futures import ThreadPoolExecutor
 
 from perception import PIXELS, TREE, ask, capture, code, picture
-from witnesses import Window, differing_pixels, screenshot, size_and_type, state_of_desktop
+from witnesses import Window, differing_pixels, screenshot, size_and_type, state_of_desktop, tool
 
 
 class ApplicationsTest(unittest.TestCase):
@@ -37,6 +37,11 @@ class ApplicationsTest(unittest.TestCase):
         data = capture({"target": "focused_element"} | TREE)
         self.assertEqual(data["context"]["app_bundle_id"], "featherpad")
         self.assertEqual(data["ax_tree"]["role"], "AXTextArea")
+
+    def test_input_focus_decides_where_no_window_is_active(self) -> None:
+        self.addCleanup(self.editor.activate)  # which has the window manager say it again
+        tool("xprop", "-root", "-f", "_NET_ACTIVE_WINDOW", "32x", "-set", "_NET_ACTIVE_WINDOW", "0x0")
+        self.assertEqual(capture({"target": "screen"} | TREE)["context"]["app_bundle_id"], "debian-xterm")
 
     def test_application_without_accessibility(self) -> None:
         data = capture({"app_name": "XTerm"})

@@ -33,11 +33,11 @@ bool managerIsRunning(XConnection& connection, const PropertyValue& rootsCheck) 
   return firstWord(property(connection, requestProperty(connection, *window, check)), XCB_ATOM_WINDOW) == window;
 }
 
-/// Finds out the same where no window manager says it.
-void readUnmanagedRoot(XConnection& connection, RootState& root) {
-  root.windows = clientsBelow(connection, root.children);
+/// The child of the root that has the keyboard focus, or in which it is.
+xcb_window_t focusedTopLevel(XConnection& connection) {
   const auto focus = connection.reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection.xcb()));
-  if (focus && focus->focus > XCB_INPUT_FOCUS_POINTER_ROOT) root.active = framesOf(connection, {focus->focus}).front();
+  if (!focus || focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_NONE;
+  return framesOf(connection, {focus->focus}).front();
 }
 
 RootState readRoot(XConnection& connection) {
@@ -56,8 +56,10 @@ RootState readRoot(XConnection& connection) {
     root.active = firstWord(property(connection, active), XCB_ATOM_WINDOW).value_or(XCB_NONE);
     root.workspace = firstWord(property(connection, workspace), XCB_ATOM_CARDINAL);
   } else {
-    readUnmanagedRoot(connection, root);
+    root.windows = clientsBelow(connection, root.children);
   }
+  const bool isNamed = std::ranges::find(root.windows, root.active) != root.windows.end();
+  if (!isNamed) root.active = focusedTopLevel(connection);
   return root;
 }
 

@@ -19,7 +19,8 @@ struct Desktop {
 
 /// Looks at the whole desktop, which is empty when the server cannot be reached. A window manager lists what it manages
 /// in the properties of EWMH. Without one that does, the windows are the visible ones below the root, the lowest
-/// counting as the oldest, and the active one is that with the input focus. Windows that vanish meanwhile are left out.
+/// counting as the oldest. Where none of them is named as the active one, it is that with the input focus. Windows that
+/// vanish meanwhile are left out.
 Desktop readDesktop(XConnection& connection);
 
 /// Its windows, front to back.
