@@ -67,7 +67,13 @@ CaselessKey caselessKey(std::string_view text) {
   return decomposed(decomposed(*codePoints, 0), UTF8PROC_CASEFOLD);
 }
 
+/// Neither a decomposition nor a folding is more than three times as long in UTF-8 as what it is made from (UAX #15,
+/// "Detecting Normalization Forms"; Unicode Standard, 5.18), so that a text of many megabytes need not be folded to
+/// differ from a name.
 bool caselessEqual(std::string_view left, std::string_view right) {
+  constexpr std::size_t kLargestGrowth = std::size_t{3} * 3 * 3;
+  const auto [shorter, longer] = std::minmax({left.size(), right.size()});
+  if (longer / kLargestGrowth > shorter) return false;
   const auto key = caselessKey(left);
   return key && key == caselessKey(right);
 }

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <future>
 #include <poll.h>
 #include <string>
-#include <thread>
 
 #include <xcb/composite.h>
 #include <xcb/damage.h>
@@ -13,6 +11,8 @@
 #include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xcbext.h>
+
+#include "platform/posix/within.h"
 
 namespace tavik::platform::x11 {
 namespace {
@@ -37,14 +37,13 @@ std::string nameOnScreen(std::string_view name, int number) {
 /// On a thread of its own, since xcb_connect waits for the server's greeting without limit. A connection that comes too
 /// late is closed on that thread.
 XConnection::Opened XConnection::open() {
-  std::packaged_task<Opened()> task([] {
-    int screenNumber = 0;
-    Handle connection(xcb_connect(nullptr, &screenNumber));
-    return Opened{.connection = std::move(connection), .screenNumber = screenNumber};
-  });
-  auto opened = task.get_future();
-  std::thread(std::move(task)).detach();
-  return opened.wait_for(kPatience) == std::future_status::ready ? opened.get() : Opened{};
+  return posix::within(kPatience,
+                       [] {
+                         int screenNumber = 0;
+                         Handle connection(xcb_connect(nullptr, &screenNumber));
+                         return Opened{.connection = std::move(connection), .screenNumber = screenNumber};
+                       })
+      .value_or(Opened{});
 }
 
 bool XConnection::isReachable() {

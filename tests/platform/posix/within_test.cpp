@@ -1,0 +1,21 @@
+#include "platform/posix/within.h"
+
+#include <gtest/gtest.h>
+
+namespace tavik::platform::posix {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(Within, GivesUpACallThatTakesLonger) {
+  EXPECT_EQ(within(milliseconds(5000), [] { return 7; }), 7);
+  const auto slow = [] {
+    std::this_thread::sleep_for(milliseconds(400));
+    return 7;
+  };
+  EXPECT_FALSE(within(milliseconds(20), slow));
+  EXPECT_ANY_THROW(within(milliseconds(5000), []() -> int { throw 1; })) << "what it throws comes through";
+}
+
+}  // namespace
+}  // namespace tavik::platform::posix
