@@ -3,6 +3,7 @@
 import subprocess
 import unittest
 from concurrent.futures import ThreadPoolExecutor
+from unittest.mock import patch
 
 from perception import PIXELS, TREE, ask, capture, code, picture
 from witnesses import Window, differing_pixels, screenshot, size_and_type, state_of_desktop, tool
@@ -64,7 +65,7 @@ class ApplicationsTest(unittest.TestCase):
         self.editor.activate()
         self.editor.move(10, 30)
         before = state_of_desktop()
-        with ThreadPoolExecutor(12) as helpers:
+        with patch("perception.LIMIT_SECONDS", 5.0), ThreadPoolExecutor(12) as helpers:
             pictures = list(helpers.map(picture, [{"app_name": "Galculator"} | PIXELS] * 36))
         self.assertEqual(state_of_desktop(), before)
         self.assertEqual({differing_pixels(one, expected) for one in pictures}, {"0"})

@@ -36,11 +36,16 @@ def servers() -> dict[str, Path]:
     """The folders in /proc of the processes that could keep something, by name and number."""
     found = {}
     for pid in sorted(processes(), key=int):
-        with suppress(OSError):
-            name = Path(f"/proc/{pid}/comm").read_text().strip()
-            if any(server.startswith(name) for server in SERVERS):
-                found[f"{name} {len(found)}"] = Path(f"/proc/{pid}")
+        name = name_of(pid)
+        if name and any(server.startswith(name) for server in SERVERS):
+            found[f"{name} {len(found)}"] = Path(f"/proc/{pid}")
     return found
+
+
+def name_of(pid: str) -> str:
+    with suppress(OSError):
+        return Path(f"/proc/{pid}/comm").read_text().strip()
+    return ""
 
 
 def memory(process: Path) -> int:
@@ -57,7 +62,10 @@ def figures() -> dict[str, object]:
                    "--method=org.a11y.Bus.GetAddress").split("'")[1]
     descriptors = {f"descriptors of {name}": len(list((process / "fd").iterdir())) for name, process in servers().items()}
     buses = {"session bus": names_on("--session"), "accessibility bus": names_on(f"--address={address}")}
-    return state_of_desktop() | descriptors | buses
+    seen = state_of_desktop() | descriptors | buses
+    seen["pointer"] = seen["pointer"].partition(" window:")[0]  # under which windows come and go
+    seen["processes"] = sum(name_of(pid).startswith("tavik-percep") for pid in seen["processes"])
+    return seen
 
 
 def settled(wanted: dict[str, object] | None = None) -> dict[str, object]:
@@ -82,11 +90,11 @@ def disturb(step: int) -> None:
         time.sleep(0.1)
         window.move(20, 40)
     else:
-        guest = subprocess.Popen(["xterm", "-T", "guest"], start_new_session=True)
+        guest = subprocess.Popen(["xterm", "-T", "guest", "-e", "sleep", "60"], stderr=subprocess.DEVNULL)
         while not any("guest" in line for line in window_list()):
             time.sleep(0.02)
         time.sleep(random.random() / 2)
-        os.killpg(guest.pid, signal.SIGKILL)
+        guest.kill()
         guest.wait()
 
 

@@ -72,6 +72,7 @@ Held mailWindow() {
                {"AXChildren", list({field("AXImage", ""), text("a stranger")})}}),
   };
   children.push_back(chainToTheDeepestLevel());
+  children.push_back(element({{"AXHelp", text("6")}, {"AXChildren", object(Itself{})}}));
   while (children.size() < 60) children.push_back(element({{"AXHelp", text(std::to_string(children.size()))}}));
   return element({{"AXRole", text("AXWindow")},
                   {"AXTitle", text("Inbox")},
@@ -249,6 +250,12 @@ TEST(MacOS, CallsEachHandlerOnce) {
                                            count);
       waitForHandlers();
       EXPECT_EQ(calls, 2) << testing::PrintToString(failing);
+      bool isPicture = true;
+      platform.screenCapture->captureImage({.display = {.displayID = 2}, .includedWindow = platform::Window{999}},
+                                           {.showsCursor = false, .queueDepth = 1},
+                                           [&](const auto& outcome) { isPicture = outcome.index() == 0; });
+      waitForHandlers();
+      EXPECT_FALSE(isPicture) << "of the whole display, in place of a window that is gone";
     }
   });
 }

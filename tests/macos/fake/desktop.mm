@@ -32,11 +32,15 @@ AXError failure(Ref* value) {
   return kAXErrorCannotComplete;
 }
 
+Held shown(AXUIElementRef element, const Held& value) {
+  return value && anyOf(value.get()).type() == typeid(Itself) ? list({retain(element)}) : value;
+}
+
 /// What a batch holds in place of this attribute.
 Held batched(AXUIElementRef element, CFTypeRef name) {
   if (fails("a batched " + valueOf<std::string>(name))) return object(Geometry(kAXErrorCannotComplete));
   const auto* const value = attributeOf(element, name);
-  if (value != nullptr && *value) return *value;
+  if (value != nullptr && *value) return shown(element, *value);
   if (fails("a reason in a batch")) return object(nullptr);
   return object(Geometry(value != nullptr ? kAXErrorNoValue : kAXErrorAttributeUnsupported));
 }
@@ -65,7 +69,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
   require(*value == nullptr, "an out-parameter starts from null");
   const auto* const held = attributeOf(element, attribute);
   if (held == nullptr || fails("a single " + valueOf<std::string>(attribute))) return failure(value);
-  *value = give<CFTypeRef>(*held);
+  *value = give<CFTypeRef>(shown(element, *held));
   return kAXErrorSuccess;
 }
 

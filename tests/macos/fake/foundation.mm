@@ -79,6 +79,7 @@ CFTypeRef CFRetain(CFTypeRef object) { return ++at(object).references, object; }
 void CFRelease(CFTypeRef object) {
   if (--at(object).references == 0) delete &at(object);
 }
+Boolean CFEqual(CFTypeRef left, CFTypeRef right) { return left == right; }
 CFTypeID CFGetTypeID(CFTypeRef object) { return anyOf(object).type().hash_code(); }
 
 const CFAllocatorRef kCFAllocatorDefault = nullptr;

@@ -27,6 +27,9 @@ struct Element {
 /// The value of an attribute that nobody may ask for.
 struct Untouchable {};
 
+/// Children that are the element itself, alone.
+struct Itself {};
+
 /// A new object with this value: one of the above, a string, a double, a bool, or nullptr for CFNull.
 Held object(const std::any& value);
 /// What stands for an unpaired surrogate in the strings of this world, which are UTF-8 otherwise.

@@ -189,6 +189,8 @@ BGRA straightened(int x, int y) {
   return {divided(x), divided(255 - x), 0, byte(y)};
 }
 
+BGRA almostOpaque(int x, int y) { return {0, 0, 0, x + y == 300 ? std::uint8_t{254} : std::uint8_t{255}}; }
+
 TEST(PNG, GivesEveryPixelBack) {
   constexpr auto kOpaque = AlphaMode::opaque, kPremultiplied = AlphaMode::premultiplied;
   const struct Case {
@@ -199,6 +201,7 @@ TEST(PNG, GivesEveryPixelBack) {
       {"padding of any value is no alpha", noise, opaqueNoise, kOpaque, kOpaque},
       {"rows that repeat themselves are not filtered", textLike, opaqueText, kOpaque, kOpaque},
       {"alpha that hides nothing is not stored", opaqueNoise, opaqueNoise, kPremultiplied, kOpaque},
+      {"alpha that hides next to nothing is", almostOpaque, almostOpaque, kPremultiplied, kPremultiplied},
       {"colour is divided by its alpha", anyColourAtAnyAlpha, straightened, kPremultiplied, kPremultiplied},
   };
   for (const auto& [reason, paint, expected, mode, expectedMode] : cases) {

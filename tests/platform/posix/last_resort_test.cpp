@@ -48,9 +48,9 @@ TEST(LastResort, IsWrittenInPlaceOfAnOutputThatDoesNotCome) {
   };
   for (const auto& [reason, end, signal] : rows) {
     if (!isFree(signal)) continue;  // it is the sanitizer's
-    const auto failWithoutOutput = [&end] {
+    const auto failWithoutOutput = [&failure = end] {
       streamsOnStandardError()->setLastResort("second");
-      end();
+      failure();
     };
     EXPECT_EXIT(failWithoutOutput(), testing::ExitedWithCode(0), "^second\n$") << reason;
   }

@@ -73,6 +73,18 @@ TEST(DesktopEntry, IsNothingElse) {
   EXPECT_EQ(broken->program + broken->name, "");
 }
 
+TEST(ApplicationFolders, AreTheUsersThenTheSystems) {
+  ::setenv("XDG_DATA_HOME", "relative", 1);
+  ::setenv("XDG_DATA_DIRS", "/a::relative:/b", 1);
+  EXPECT_EQ(applicationFolders(), (std::vector<std::string>{"/a/applications", "/b/applications"}));
+  ::setenv("XDG_DATA_HOME", "/h", 1);
+  ::setenv("XDG_DATA_DIRS", "", 1);
+  const std::vector<std::string> usual{"/h/applications", "/usr/local/share/applications", "/usr/share/applications"};
+  EXPECT_EQ(applicationFolders(), usual);
+  ::unsetenv("XDG_DATA_HOME");
+  ::unsetenv("XDG_DATA_DIRS");
+}
+
 TEST_F(DesktopEntryCatalogTest, TheUsersFilesComeFirst) {
   add("system/applications.desktop", "Name=System\n");
   add("user/applications.desktop", "Name=User\n");

@@ -148,6 +148,9 @@ TEST(AXRole, FollowsTheNumberOfTheRoleElseItsName) {
   EXPECT_EQ(axRole(0xFFFFFFFF, false), "AXUnknown");
   EXPECT_TRUE(needsRoleName(70) && needsRoleName(131)) << "extended, or of a newer AT-SPI";
   EXPECT_FALSE(needsRoleName(40) || needsRoleName(130));
+  for (const auto& [name, role] : {std::pair{"link", "AXLink"}, {"heading", "AXHeading"}, {"table", "AXTable"}}) {
+    EXPECT_EQ(axRole(name), role);
+  }
   for (const auto* name : {"Link", ""}) EXPECT_EQ(axRole(name), "AXUnknown") << name;
 }
 
@@ -197,6 +200,7 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
     const auto hidden = oneByOne.calls(question, "/hidden");
     EXPECT_LE(oneByOne.calls(question) - hidden, calls) << question << ": nor twice for anything";
   }
+  EXPECT_EQ(ahead.calls("ChildCount"), oneByOne.calls("ChildCount")) << "nothing below the deepest level";
   EXPECT_EQ(ahead.calls("Name", "/hidden") + ahead.calls("ChildCount", "/hidden"), 0) << "nobody can see it";
   EXPECT_EQ(ahead.calls("Name", "/scrolled") + ahead.calls("Name", "/item"), 2) << "and these whoever scrolls or opens";
   EXPECT_EQ(ahead.calls("Name", "/org/a11y/atspi/null"), 0) << "the null object is no child";

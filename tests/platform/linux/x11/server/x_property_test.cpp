@@ -52,6 +52,7 @@ TEST(XProperty, WMClassMayLackItsSeparators) {
     const auto parts = wmClass(value(XCB_ATOM_STRING, 8, bytes));
     EXPECT_EQ(parts.instance + "|" + parts.className, both);
   }
+  EXPECT_EQ(wmClass(value(XCB_ATOM_STRING, 8, "xterm\0XTe"s, true)).instance, "xterm") << "cut after it";
 }
 
 TEST(XProperty, NumbersNeedTheirTypeAndFormat) {

@@ -19,9 +19,16 @@ constexpr std::string_view kChildren = "AXChildren";
 
 using Answers = std::map<std::string_view, std::optional<AttributeValue>>;
 
+/// The elements from the root of a walk down to one of them.
+struct Lineage {
+  CFRef<AXUIElementRef> element = {};
+  std::shared_ptr<const Lineage> parent = {};
+};
+
 class AXElement final : public UIElement {
  public:
-  explicit AXElement(CFRef<AXUIElementRef> element) : element_(std::move(element)) {}
+  explicit AXElement(CFRef<AXUIElementRef> element)
+      : lineage_(std::make_shared<Lineage>(Lineage{.element = std::move(element)})) {}
 
   std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
     if (const auto plan = std::exchange(plan_, std::nullopt)) readBatch(*plan);
@@ -33,17 +40,38 @@ class AXElement final : public UIElement {
   void readInBatches(const WalkPlan& plan) { plan_ = plan; }
 
  private:
+  AXUIElementRef element() const { return lineage_->element.get(); }
+
   std::optional<AttributeValue> readSingly(std::string_view name) const {
     const auto attribute = makeString(name);
     CFRef<CFTypeRef> value;
     const bool isRead =
-        attribute && AXUIElementCopyAttributeValue(element_.get(), attribute.get(), value.out()) == kAXErrorSuccess;
-    return isRead && value ? std::optional(attributeValue(value.get())) : std::nullopt;
+        attribute && AXUIElementCopyAttributeValue(element(), attribute.get(), value.out()) == kAXErrorSuccess;
+    return isRead && value ? std::optional(valueOf(name, value.get())) : std::nullopt;
+  }
+
+  /// Of children, those that this element is itself below are left out: a tree that contains itself has no end.
+  AttributeValue valueOf(std::string_view name, CFTypeRef object) const {
+    auto value = attributeValue(object);
+    auto* const children = name == kChildren ? std::get_if<std::vector<UIElementRef>>(&value) : nullptr;
+    if (children == nullptr) return value;
+    std::erase_if(*children, [this](const auto& child) { return isBelow(static_cast<AXElement&>(*child).element()); });
+    for (const auto& child : *children) {
+      auto& lineage = static_cast<AXElement&>(*child).lineage_;
+      lineage = std::make_shared<Lineage>(Lineage{.element = lineage->element, .parent = lineage_});
+    }
+    return value;
+  }
+
+  bool isBelow(AXUIElementRef element) const {
+    const auto* ancestor = lineage_.get();
+    while (ancestor != nullptr && !CFEqual(ancestor->element.get(), element)) ancestor = ancestor->parent.get();
+    return ancestor != nullptr;
   }
 
   void readBatch(const WalkPlan& plan);
 
-  CFRef<AXUIElementRef> element_;
+  std::shared_ptr<const Lineage> lineage_;
   std::optional<WalkPlan> plan_ = {};  ///< nothing: no batch is to be read, or it has been
   Answers answers_ = {};
 };
@@ -75,7 +103,7 @@ void AXElement::readBatch(const WalkPlan& plan) {
   constexpr AXCopyMultipleAttributeOptions kNoOptions{};
   CFRef<CFArrayRef> values;
   const auto error =
-      AXUIElementCopyMultipleAttributeValues(element_.get(), makeArray(names).get(), kNoOptions, values.out());
+      AXUIElementCopyMultipleAttributeValues(element(), makeArray(names).get(), kNoOptions, values.out());
   if (error != kAXErrorSuccess || !values || CFArrayGetCount(values.get()) != std::ssize(names)) return;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const CFTypeRef value = CFArrayGetValueAtIndex(values.get(), static_cast<CFIndex>(i));
@@ -83,7 +111,7 @@ void AXElement::readBatch(const WalkPlan& plan) {
     if (isAbsence(value)) {
       answers_.emplace(names[i], std::nullopt);
     } else if (!isPlaceholder(value)) {
-      answers_.emplace(names[i], attributeValue(value));
+      answers_.emplace(names[i], valueOf(names[i], value));
     }
   }
   if (const auto children = answers_.find(kChildren); children != answers_.end() && children->second) {

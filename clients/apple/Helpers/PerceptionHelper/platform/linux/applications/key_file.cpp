@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <ranges>
 
 #include "text/utf8.h"
 
@@ -85,10 +84,10 @@ std::optional<KeyFile> KeyFile::parse(std::string_view text) {
 }
 
 const KeyFile::Line* KeyFile::find(std::string_view group, std::string_view key) const {
-  const auto latestFirst = std::views::reverse(lines_);
-  const auto line = std::ranges::find_if(
-      latestFirst, [&](const Line& candidate) { return candidate.key == key && candidate.group == group; });
-  return line != latestFirst.end() ? &*line : nullptr;
+  const auto line = std::ranges::find_if(lines_.rbegin(), lines_.rend(), [&](const Line& candidate) {
+    return candidate.key == key && candidate.group == group;
+  });
+  return line != lines_.rend() ? &*line : nullptr;
 }
 
 std::optional<std::string> KeyFile::string(std::string_view group, std::string_view key) const {
