@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include "platform/linux/atspi/role_names.h"
@@ -221,16 +222,24 @@ void Element::askExtents() {
                              static_cast<std::uint32_t>(session_->coordinates));
 }
 
-void Element::withChildren(std::size_t limit, const std::function<void()>& then) {
+void Element::withChildCount(const std::function<void()>& then) {
+  if (childCount_) return then();
+  session_->conversation.askProperty(reference(), kAccessible, "ChildCount", [this, then](const dbus::Answer& answer) {
+    childCount_ = readInt32Property(answer.reply);
+    then();
+  });
+}
+
+void Element::withChildren(std::size_t limit, const std::function<void()>& then, Descent descent) {
   if (std::exchange(askedChildren_, true)) return then();
-  session_->conversation.askProperty(
-      reference(), kAccessible, "ChildCount", [this, limit, then](const dbus::Answer& answer) {
-        const auto count = readInt32Property(answer.reply);
-        if (!count || *count == 0) return then();
-        const bool areMany = *count > kManyChildren && limit <= static_cast<std::size_t>(kManyChildren);
-        const Indices all{.begin = 0, .end = static_cast<std::size_t>(std::max(*count, 0))};
-        areMany ? askChildrenByIndex(all, limit, then) : askAllChildren(limit, then);
-      });
+  descent_ = descent;
+  withChildCount([this, limit, then] {
+    const std::int32_t count = childCount_.value_or(0);
+    if (count == 0) return then();
+    const bool areMany = count > kManyChildren && limit <= static_cast<std::size_t>(kManyChildren);
+    const Indices all{.begin = 0, .end = static_cast<std::size_t>(std::max(count, 0))};
+    areMany ? askChildrenByIndex(all, limit, then) : askAllChildren(limit, then);
+  });
 }
 
 void Element::askAllChildren(std::size_t limit, const std::function<void()>& then) {
@@ -301,9 +310,13 @@ void Element::dropHidden(std::size_t count, const std::function<void()>& then) {
   if (isApplication || fresh.empty()) return then();
   const auto missing = std::make_shared<std::size_t>(count);
   for (const auto& child : fresh) {
+    // Its answer is there with the next one, which saves a turn for each level of the tree.
+    if (descent_ == Descent::goesOn) child->withChildCount([] {});
     child->withVisibility([this, then, missing] {
       if (--*missing > 0) return;
-      session_->elementsLeft += std::erase_if(known_.children, [](const auto& element) { return element->isHidden_; });
+      const auto isHidden = [](const auto& element) { return element->isHidden_; };
+      std::ranges::copy_if(known_.children, std::back_inserter(hidden_), isHidden);
+      session_->elementsLeft += std::erase_if(known_.children, isHidden);
       then();
     });
   }

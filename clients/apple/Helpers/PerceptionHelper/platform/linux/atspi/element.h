@@ -54,6 +54,8 @@ struct Lineage {
 class Element final : public UIElement {
  public:
   static constexpr std::size_t kAllChildren = SIZE_MAX;
+  /// Whether the children will be asked for theirs.
+  enum class Descent : std::uint8_t { ends, goesOn };
   /// `parent` is null for the root of a tree.
   Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
           std::shared_ptr<const Lineage> parent = {});
@@ -72,7 +74,7 @@ class Element final : public UIElement {
   /// Calls `then` when the children are known: at least the first `limit`, all of them when they are not many more.
   /// What no user can bring into view by scrolling or opening a menu is no child; the windows of an application always
   /// are.
-  void withChildren(std::size_t limit, const std::function<void()>& then);
+  void withChildren(std::size_t limit, const std::function<void()>& then, Descent descent = Descent::ends);
 
   const std::shared_ptr<Session>& session() const { return session_; }
   const dbus::Reference& reference() const { return lineage_->reference; }
@@ -89,6 +91,7 @@ class Element final : public UIElement {
 
   void askRole();
   void askRolesOfChildren();
+  void withChildCount(const std::function<void()>& then);
   void withRoleNumber(const std::function<void()>& then);
   void withStates(const std::function<void()>& then);
   /// Calls `then` when it is known whether the object is hidden: neither visible nor showing, but for closed menus.
@@ -118,6 +121,9 @@ class Element final : public UIElement {
   bool askedInterfaces_ = false;
   bool askedChildren_ = false;
   bool isHidden_ = false;
+  std::vector<std::shared_ptr<Element>> hidden_;  ///< of its children; answers to them may still come
+  Descent descent_ = Descent::ends;
+  std::optional<std::int32_t> childCount_;
   std::optional<std::uint32_t> roleNumber_;
 };
 

@@ -17,7 +17,9 @@ class TreeReader {
     queue_.pop_front();
     visit.element->ask(bounds_.facts);
     if (visit.depth < bounds_.maxDepth) {
-      visit.element->withChildren(bounds_.maxChildren, [this, visit] { enqueueChildrenOf(visit); });
+      const auto descent = visit.depth + 1 < bounds_.maxDepth ? Element::Descent::goesOn : Element::Descent::ends;
+      visit.element->withChildren(
+          bounds_.maxChildren, [this, visit] { enqueueChildrenOf(visit); }, descent);
     }
     return true;
   }
