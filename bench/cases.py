@@ -75,7 +75,7 @@ CASES = (
     ),
     Case(*READ_HD, "maim | convert", shell(CONVERTED), (times_as_fast(6), HD)),
     Case(*READ_HD, *GET_IMAGE, (at_most(4),)),
-    Case("applications", "tree of galculator", tree("galculator"), *WITHOUT_PREFETCH, (times_as_fast(3.2),)),
+    Case("applications", "tree of galculator", tree("galculator"), *WITHOUT_PREFETCH, (times_as_fast(3.5),)),
     Case(
         "applications", "tree of GNOME Calculator", tree("org.gnome.Calculator"), *WITHOUT_PREFETCH, (times_as_fast(2),)
     ),

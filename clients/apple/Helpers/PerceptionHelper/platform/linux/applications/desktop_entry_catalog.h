@@ -13,7 +13,7 @@
 namespace tavik::platform::applications {
 
 /// The folders that hold the installed applications' entries, those with precedence first; relative ones do not count
-/// (XDG Base Directory Specification).
+/// (freedesktop.org, XDG base directories).
 std::vector<std::string> applicationFolders();
 
 /// The desktop entries of some folders. Folders are listed at the first question, and each file is read when it is

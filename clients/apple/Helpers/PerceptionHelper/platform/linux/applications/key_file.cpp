@@ -54,7 +54,7 @@ std::optional<std::string> unescaped(std::string_view value) {
   return text;
 }
 
-/// The variants of a locale, language_COUNTRY.ENCODING@MODIFIER, in the order in which the specification prefers them.
+/// The variants of a locale, language_COUNTRY.ENCODING@MODIFIER, in the order of the Desktop Entry Specification.
 void appendVariants(std::string_view locale, std::vector<std::string>& languages) {
   const auto modifierAt = std::min(locale.find('@'), locale.size());
   const auto base = locale.substr(0, std::min(locale.find('.'), modifierAt));

@@ -7,8 +7,8 @@
 
 namespace tavik::platform::applications {
 
-/// A file of groups of keys with values: the format of desktop entries and of what is like them (Desktop Entry
-/// Specification, "Basic format of the file"). Of a key that is given twice, the last counts. Refers to the text that
+/// A file of groups of keys with values: the format of desktop entries and of what is like them (freedesktop.org,
+/// "Basic format of the file"). Of a key that is given twice, the last counts. Refers to the text that
 /// it was made from, which outlives it.
 class KeyFile {
  public:
