@@ -8,8 +8,8 @@
 namespace tavik::platform::applications {
 
 /// A file of groups of keys with values: the format of desktop entries and of what is like them (freedesktop.org,
-/// "Basic format of the file"). Of a key that is given twice, the last counts. Refers to the text that
-/// it was made from, which outlives it.
+/// "Basic format of the file"). Of a key that is given twice, the last counts. Refers to the text that it was made
+/// from, which outlives it.
 class KeyFile {
  public:
   /// Nothing when a line is neither a comment, a group's name nor a key with its value.
