@@ -1,5 +1,5 @@
 // Preloaded before the C library: the allocation with the number $FAILING_ALLOCATION fails, and with $FAILING_FOR_GOOD
-// all after it. The process's last words are not needed: without the first variable, the number of allocations goes to
+// all after it. Without the first variable, the number of allocations goes to
 // the descriptor $ALLOCATION_COUNT when it ends.
 #define _GNU_SOURCE
 #include <errno.h>

@@ -226,6 +226,15 @@ TEST(ReadTree, EndsInATreeThatIsTooLarge) {
   }
 }
 
+TEST(Element, HasNoTitleWhereThatMayBeAPassword) {
+  for (const auto& [child, title] : {std::pair{FakeObject{.role = 40}, "-"},
+                                     {FakeObject{.role = 40, .failing = {"GetRole"}}, "-"},
+                                     {FakeObject{.role = 29}, "text"}}) {
+    FakePeer peer({{"/root", {.role = 11, .name = "text", .children = {"/field"}}}, {"/field", child}});
+    EXPECT_EQ(string(*peer.takeRoot(), "AXTitle"), title);
+  }
+}
+
 TEST(Element, KeepsNoMoreTextThanTheSessionAdmits) {
   FakePeer peer({{"/root", {.role = 29, .interfaces = {"Text"}, .name = "12345", .text = "123456"}}});
   const auto root = peer.takeRoot();

@@ -53,10 +53,10 @@ Value size(const Knowledge& known) {
   return rect ? Value(Size{.width = rect->width, .height = rect->height}) : std::nullopt;
 }
 
-/// True of a combo box whose text is typed into a password field: Qt names it after that text.
+/// True of a combo box whose text is typed into a password field, or may be: Qt names it after that text.
 bool isNamedAfterSecret(const Knowledge& known) {
   return known.role == "AXComboBox" && std::ranges::any_of(known.children, [](const auto& child) {
-           return child->known().role == "AXSecureTextField";
+           return child->known().role.value_or("AXSecureTextField") == "AXSecureTextField";
          });
 }
 
