@@ -2,8 +2,8 @@
 
 secrets: a password field that shows bullets, and one that shows its text, as those of careless applications do; crowd:
 a table of ten thousand rows; two: a second window, of the class Vault; name: a title of a megabyte; glass: a
-translucent colour, in a window with an alpha channel; stop, kill: that signal to itself when it is asked for the name of what lies between its labels. Three wait for
-SIGUSR1. popup: a menu-like window of no manager's, over the window; restless: one colour all over, another place and
+translucent colour, in a window with an alpha channel; stop, kill: that signal to itself when it is asked for the name
+of what lies between its labels. Three wait for SIGUSR1. popup: a menu-like window of no manager's, over the window; restless: one colour all over, another place and
 size every 40 ms; hang: serves neither its window nor its bus, being busy, and after SIGUSR2 asleep.
 """
 
