@@ -36,7 +36,10 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
       {"nothing", "{}", {}},
       {"all of them", all, everything},
       {"null is absent", R"({"level":null,"region":null,"target":"screen"})", {.target = Target::screen}},
-      {"other keys are ignored", R"({"Level":"READ","x":[{}],"target":"app"})", {.target = Target::app}},
+      {"other keys are ignored", R"({"Level":"READ","x":[{}],"appName":"y","target":"app"})", {.target = Target::app}},
+      {"also with a huge exponent", R"({"x":[-1e-99999999999,"1e-9"],"format":"\"0.5"})", {.format = "\"0.5"}},
+      {"a whole number, however written", R"({"max_long_edge_px":0.80E+003})", {.max_long_edge_px = 800}},
+      {"nothing is nothing", R"({"max_long_edge_px":-0.0e-99999999999})", {.max_long_edge_px = 0}},
       {"also a region's", R"({"region":{"h":1,"w":2,"y":3,"x":4,"z":"?"}})", {.region = Region{4, 3, 2, 1}}},
       {"the ends of the range", ends, {.region = Region{kMost, -kMost - 1, 2, 1000}}},
       {"escapes", R"({"format":"\u00e9\ud83d\ude00\u0000"})", {.format = "\u00e9\U0001F600\0"s}},
@@ -49,14 +52,22 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
 }
 
 TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
+  const std::string fraction = "a fraction or a larger number";
   const std::string whole = "expected a whole number of the signed 64-bit range, found ";
   const struct Case {
     std::string json, expected;
   } cases[] = {
-      {R"({"level":" READ"})", R"(level: " READ" is not one of auto, ax_only, glance, read, pixel_perfect)"},
+      {R"({"level":" read"})", R"(level: " read" is not one of auto, ax_only, glance, read, pixel_perfect)"},
+      {R"({"level":"READ"})", R"(level: "READ" is not one of auto, ax_only, glance, read, pixel_perfect)"},
       {R"({"region":[1,2,3,4]})", "region: expected an object, found an array"},
       {R"({"region":{"x":1,"y":2,"w":3}})", "region.h: missing"},
-      {R"({"region":{"x":0.5,"y":2,"w":3,"h":4}})", "region.x: " + whole + "5E-1"},
+      {R"({"region":{"x":0.5,"y":2,"w":3,"h":4}})", "region.x: " + whole + fraction},
+      {R"({"region":{"x":1,"y":null,"w":3,"h":4}})", "region.y: " + whole + "null"},
+      {R"({"max_long_edge_px":800.0000000000000001})", "max_long_edge_px: " + whole + fraction},
+      {R"({"max_long_edge_px":-1e-400})", "max_long_edge_px: " + whole + fraction},
+      {R"({"max_long_edge_px":1e99999999999})", "max_long_edge_px: " + whole + fraction},
+      {R"({"include_image":1})", "include_image: expected true or false, found 1"},
+      {R"({"app_name":5})", "app_name: expected a string, found 5"},
       {R"({"include_caption":"true"})", R"(include_caption: expected true or false, found "true")"},
       {R"({"max_long_edge_px":"800"})", "max_long_edge_px: " + whole + R"("800")"},
       {R"({"max_long_edge_px":9223372036854775808})", "max_long_edge_px: " + whole + "9223372036854775808"},
@@ -65,6 +76,11 @@ TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
       {"null", "request: expected an object, found null"},
       {"\n ", "invalid JSON at line 2, column 2: incomplete JSON"},
       {"{\n\"\u00e9\": x}", "invalid JSON at line 2, column 6: syntax error"},
+      {R"({"app_name":"x",})", "invalid JSON at line 1, column 17: syntax error"},
+      {R"({"x":1.e-9})", "invalid JSON at line 1, column 8: syntax error"},
+      {R"({"x":01e-9})", "invalid JSON at line 1, column 7: syntax error"},
+      {"{/**/}", "invalid JSON at line 1, column 2: syntax error"},
+      {"{\"x\":\"\xFF\"}", "invalid JSON at line 1, column 7: syntax error"},
       {"{} {}", "invalid JSON at line 1, column 4: extra data"},
   };
   for (const auto& [json, expected] : cases) EXPECT_EQ(description(json), expected) << json;
@@ -111,6 +127,7 @@ TEST(ReadRequest, PutsOneShortLineOnStandardErrorForAFailureAndNothingElse) {
 
 TEST(WriteResponse, IsOneLineOfCompactJSONOrTheFallback) {
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN(), kInfinity = std::numeric_limits<double>::infinity();
+  const std::string longText(100'000, 'x');
   const ResponseDictionary all{{"text", "\u00e9 \"\\\n\u0001 /"}, {"null", nullptr}, {"list", {1, true, "x", 2.5}}};
   const std::string fallback = R"({"ok": false, "code": "helper_serialize_failed"})";
   const struct Case {
@@ -118,6 +135,7 @@ TEST(WriteResponse, IsOneLineOfCompactJSONOrTheFallback) {
     ResponseDictionary response;
     std::string line;
   } cases[] = {
+      {"more than a pipe holds", {{"text", longText}}, R"({"text":")" + longText + R"("})"},
       {"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
       {"no number", {{"number", kNan}}, fallback},
       {"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},

@@ -9,6 +9,7 @@
 #include <boost/json/stream_parser.hpp>
 #include <boost/json/value.hpp>
 
+#include "protocol/plain_numbers.h"
 #include "text/quoted.h"
 #include "text/utf8.h"
 
@@ -27,6 +28,8 @@ std::string described(const json::value& value) {
       return "an object";
     case json::kind::array:
       return "an array";
+    case json::kind::double_:
+      return "a fraction or a larger number";
     case json::kind::string:
       return text::quoted(value.get_string());
     default:
@@ -122,7 +125,9 @@ std::variant<Request, DecodeError> decodeRequest(std::string_view bytes) {
   json::monotonic_resource memory;
   json::stream_parser parser(&memory, json::parse_options{.max_depth = kDeepestNesting});
   json::error_code error;
-  const auto consumed = parser.write(bytes.data(), bytes.size(), error);
+  const auto plain = withPlainNumbers(bytes);
+  const std::string_view text = plain ? *plain : bytes;
+  const auto consumed = parser.write(text.data(), text.size(), error);
   if (!error) parser.finish(error);
   if (error) {
     return DecodeError{"invalid JSON at " + position(bytes.substr(0, consumed)) + ": " + error.message()};
