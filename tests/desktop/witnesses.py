@@ -176,7 +176,9 @@ def accessible_node(accessible: Atspi.Accessible, depth: int) -> dict:
     return node
 
 
-def is_hidden(accessible: Atspi.Accessible) -> bool:
+def is_hidden(accessible: Atspi.Accessible | None) -> bool:
+    if accessible is None:
+        return True  # it has gone since its parent was asked how many children there are
     states = accessible.get_state_set()
     shown = states.contains(Atspi.StateType.VISIBLE) or states.contains(Atspi.StateType.SHOWING)
     return not shown and "menu" not in accessible.get_role_name()
