@@ -36,6 +36,7 @@ TEST(EncodeImageDataURL, ScalesAndChoosesContainerAndQuality) {
       {"truncates the long side too, divided first", {1078, 700}, 800, "png", "png 799x519"},
       {"upright", {700, 1078}, 800, "jpeg", "jpeg 519x799 0.70"},
       {"too thin to be scaled", {801, 1}, 800, "png", "png 801x1"},
+      {"no other name is PNG's", {10, 20}, 0, "pngx", "jpeg 10x20 -"},
   };
   for (const auto& [reason, size, longEdgePx, format, file] : cases) {
     auto url = "data:image/" + file.substr(0, file.find(' ')) + ";base64,";
@@ -82,10 +83,12 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
 
 TEST(SelectSurface, ChoosesTheApplicationsWindow) {
   const Rect tiny{0, 0, 50, 50}, small{0, 0, 100, 100}, large{0, 0, 1000.7, 600.9}, huge{0, 0, 5000, 5000};
-  const Rect narrow{0, 0, 99.9, 500}, wide{0, 0, 60, 50}, infinite{0, 0, std::numeric_limits<double>::infinity(), 200};
+  const Rect narrow{0, 0, 99.9, 500}, flat{0, 0, 500, 99.9}, wide{0, 0, 60, 50},
+      infinite{0, 0, std::numeric_limits<double>::infinity(), 200};
   const Window other = window(1, kOther, huge), nobodys{.windowID = 2, .isOnScreen = true, .frame = huge};
   const Window above = window(1, kApp, huge, true, 25), below = window(3, kApp, huge, true, -1);
   const Window minimized = window(1, kApp, huge, false), least = window(2, kApp, small);
+  const Window middle = window(2, kApp, {0, 0, 200, 200});
   const struct Case {
     std::string reason;
     std::vector<Window> windows;
@@ -97,6 +100,9 @@ TEST(SelectSurface, ChoosesTheApplicationsWindow) {
       {"a small one beats larger ones on other layers", {above, least, below}, "window 2 100x100"},
       {"and a larger minimized one", {minimized, least}, "window 2 100x100"},
       {"just too small to be preferred", {window(1, kApp, narrow), least}, "window 2 100x100"},
+      {"nor high enough", {window(1, kApp, flat), least}, "window 2 100x100"},
+      {"the largest is not the widest", {window(1, kApp, {0, 0, 300, 100}), middle}, "window 2 200x200"},
+      {"nor the highest", {window(1, kApp, {0, 0, 100, 300}), middle}, "window 2 200x200"},
       {"none preferred: the largest", {window(1, kApp, tiny), window(2, kApp, wide)}, "window 2 60x50"},
       {"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
       {"minimized", {window(2, kApp, tiny), minimized}, "error 3"},

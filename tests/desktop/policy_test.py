@@ -50,6 +50,13 @@ class PolicyTest(unittest.TestCase):
         answer = json.loads(run(json.dumps(REQUEST | TREE).encode(), DELIVERED, [alone]).stdout)
         self.assertEqual(values(answer["data"]["ax_tree"], "AXSecureTextField"), ["<redacted>"] * 2)
 
+    def test_policy_that_is_not_text_is_none(self) -> None:
+        environment = policy("bundle_id_blocklist:\n")
+        with open(environment["TAVIK_PERCEPTION_CONFIG"], "ab") as file:
+            file.write(b"# caf\xe9\n")
+        tree = capture(REQUEST | TREE, environment)["ax_tree"]
+        self.assertEqual(values(tree, "AXSecureTextField"), ["<redacted>"] * 2, "the delivered one holds")
+
     def test_every_window_of_a_process_speaks_for_it(self) -> None:
         sensitive = policy('bundle_id_blocklist:\n  - "Vault"\n')
         for identifier in ("made-two", "vault"):

@@ -1,5 +1,7 @@
 #include "fake/fake_platform.h"
 
+#include <algorithm>
+
 namespace tavik::fake {
 namespace {
 
@@ -51,11 +53,15 @@ template <class Interface>
 struct Fake : Interface {
   FakeDesktop& desktop;
   explicit Fake(FakeDesktop& d) : desktop(d) {}
+  void note(std::string call) const { desktop.calls.push_back(std::move(call)); }
 };
 
 struct FakeHost final : Fake<Host> {
   using Fake::Fake;
-  Text environmentVariable(std::string_view name) const override { return lookUp(desktop.environment, name); }
+  Text environmentVariable(std::string_view name) const override {
+    note("environmentVariable");
+    return lookUp(desktop.environment, name);
+  }
   std::string userName() const override { return "ada"; }
   bool fileExists(const std::string& path) const override { return desktop.files.contains(path); }
   Text readUTF8File(const std::string& path) const override {
@@ -64,12 +70,18 @@ struct FakeHost final : Fake<Host> {
   Text pathForResource(std::string_view name, std::string_view type) const override {
     return lookUp(desktop.resources, std::string(name) + "." + std::string(type));
   }
-  std::chrono::system_clock::time_point currentDate() const override { return desktop.date.value(); }
+  std::chrono::system_clock::time_point currentDate() const override {
+    note("currentDate");
+    return desktop.date.value();
+  }
 };
 
 struct FakeStreams final : Fake<StandardStreams> {
   using Fake::Fake;
-  std::string readInputToEnd() override { return desktop.input; }
+  std::string readInputToEnd() override {
+    note("readInputToEnd");
+    return desktop.input;
+  }
   void writeOutput(std::string_view bytes) override { desktop.output += bytes; }
   void writeError(std::string_view bytes) override { desktop.error += bytes; }
   void setLastResort(std::string_view output) override { desktop.lastResort = output; }
@@ -78,49 +90,58 @@ struct FakeStreams final : Fake<StandardStreams> {
 struct FakeWorkspace final : Fake<Workspace> {
   using Fake::Fake;
   Applications runningApplications() override {
-    ++desktop.calls["runningApplications"];
+    note("runningApplications");
     return desktop.applications;
   }
   Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
-    auto matching = runningApplications();
+    note("runningApplicationsWithBundleIdentifier");
+    auto matching = desktop.applications;
     std::erase_if(matching, [&](const auto& app) { return app->bundleIdentifier() != identifier; });
     return matching;
   }
   RunningApplicationRef frontmostApplication() override {
-    if (++desktop.calls["frontmostApplication"] == desktop.switchesAt) desktop.frontmost = desktop.applications.back();
+    note("frontmostApplication");
+    const auto count = std::ranges::count(desktop.calls, "frontmostApplication");
+    if (count == desktop.switchesAt) desktop.frontmost = desktop.applications.back();
     return desktop.frontmost;
   }
-  std::optional<Screen> mainScreen() override { return desktop.screen; }
+  std::optional<Screen> mainScreen() override {
+    note("mainScreen");
+    return desktop.screen;
+  }
 };
 
 struct FakeAccessibility final : Fake<Accessibility> {
   using Fake::Fake;
   bool isProcessTrusted() override {
-    ++desktop.calls["isProcessTrusted"];
+    note("isProcessTrusted");
     return desktop.isTrusted;
   }
   UIElementRef createApplication(std::int32_t processIdentifier) override {
+    note("createApplication");
     return lookUp(desktop.applicationElements, processIdentifier).value_or(element({}));
   }
-  void prefetch(const UIElementRef&, const WalkPlan&) override { ++desktop.calls["prefetch"]; }
+  void prefetch(const UIElementRef&, const WalkPlan& plan) override {
+    note("prefetch " + std::to_string(plan.maxDepth));
+  }
 };
 
 struct FakeScreenCapture final : Fake<ScreenCapture> {
   using Fake::Fake;
   bool preflightScreenCaptureAccess() override {
-    ++desktop.calls["preflight"];
+    note("preflight");
     return desktop.mayRecordScreen;
   }
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> handler) override {
-    ++desktop.calls["shareableContent"];
+    note("shareableContent");
     std::variant<ShareableContent, PlatformError> outcome = PlatformError{"no content"};
     if (desktop.content && !options.excludingDesktopWindows && options.onScreenWindowsOnly) outcome = *desktop.content;
     desktop.deliver([=] { handler(outcome); });
   }
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
                     CompletionHandler<ImageRef> handler) override {
-    ++desktop.calls["captureImage"];
+    note("captureImage");
     desktop.filter = filter;
     const PixelSize asked{configuration.width, configuration.height};
     std::variant<ImageRef, PlatformError> outcome = PlatformError{"no image"};

@@ -65,7 +65,7 @@ struct FakeDesktop {
   /// Calls the completion handlers.
   std::function<void(std::function<void()>)> deliver = [](const auto& handle) { handle(); };
 
-  Map<int> calls = {};                                 ///< how often the platform was asked
+  std::vector<std::string> calls = {};                 ///< what the platform was asked, in order
   std::optional<platform::ContentFilter> filter = {};  ///< of the last screenshot
 };
 

@@ -30,6 +30,7 @@ TEST(FnmatchSimple, CoversTheWholeCandidate) {
       {"a\\*", "a\\bc", true, "a backslash escapes nothing"},
       {"?", "\u00e9", true, "one code point of two bytes"},
       {"?", "e\u0301", false, "two code points that look like one character"},
+      {"*??b*", "\u20acbx", false, "a star begins at no byte within a code point"},
       {"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
       {"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
       {"a*\u0301", "a*\u0301", true, "indeed itself"},

@@ -71,6 +71,7 @@ TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
   } cases[] = {
       {"all lengths, and NUL", "\u00e9\u20ac\U0001F600\0b"s, "\u00e9\u20ac\U0001F600\0b"s},
       {"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
+      {"a stray byte as the eighth", "1234567\xFFz", "1234567" + r + "z"},
       {"surrogate", "\xED\xA0\x80", r + r + r},
       {"cut at the end", "ok\xE2\x82", "ok" + r + r},
   };
