@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <utility>
 
@@ -16,10 +17,13 @@ FileDescriptor& reserve() {
   return descriptor;
 }
 
+/// True when a file could not be opened for want of something, whatever the file.
+bool isShortOfResources() { return errno == EMFILE || errno == ENFILE || errno == ENOMEM; }
+
 FileDescriptor open(const std::string& path) {
   constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK;
   FileDescriptor file(::open(path.c_str(), kFlags));
-  if (file.isOpen() || (errno != EMFILE && errno != ENFILE) || !reserve().isOpen()) return file;
+  if (file.isOpen() || !isShortOfResources() || !reserve().isOpen()) return file;
   reserve() = FileDescriptor(-1);
   return FileDescriptor(::open(path.c_str(), kFlags));
 }
@@ -48,6 +52,7 @@ std::optional<std::string> readRegularFile(const std::string& path, std::size_t 
 
 std::optional<std::string> readFileOrPipe(const std::string& path, const ReadLimits& limits) {
   const auto file = open(path);
+  if (!file.isOpen() && isShortOfResources()) throw std::bad_alloc();
   off_t size = 0;
   const auto type = typeOf(file, size);
   if (type == S_IFREG && std::cmp_less_equal(size, limits.bytes)) return wholeOf(readToEnd(file.get(), limits));

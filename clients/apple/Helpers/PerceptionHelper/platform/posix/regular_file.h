@@ -18,7 +18,8 @@ void keepDescriptorInReserve();
 std::optional<std::string> readRegularFile(const std::string& path, std::size_t limit);
 
 /// The same of a regular file or of a pipe. A pipe whose writers are not done in time, or that nobody has written to,
-/// counts as unreadable.
+/// counts as unreadable. Throws std::bad_alloc where the file cannot even be opened for want of descriptors or memory:
+/// what must be known from it is not, and then nothing may be shown.
 std::optional<std::string> readFileOrPipe(const std::string& path, const ReadLimits& limits);
 
 }  // namespace tavik::platform::posix
