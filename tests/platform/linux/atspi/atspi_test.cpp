@@ -227,10 +227,13 @@ TEST(ReadTree, EndsInATreeThatIsTooLarge) {
 }
 
 TEST(Element, HasNoTitleWhereThatMayBeAPassword) {
-  for (const auto& [child, title] : {std::pair{FakeObject{.role = 40}, "-"},
-                                     {FakeObject{.role = 40, .failing = {"GetRole"}}, "-"},
-                                     {FakeObject{.role = 29}, "text"}}) {
-    FakePeer peer({{"/root", {.role = 11, .name = "text", .children = {"/field"}}}, {"/field", child}});
+  const FakeObject unknown{.role = 40, .failing = {"GetRole"}};
+  for (const auto& [box, child, title] : {std::tuple{FakeObject{}, FakeObject{.role = 40}, "-"},
+                                          {{}, unknown, "-"},
+                                          {unknown, {}, "-"},
+                                          {{}, {.role = 29}, "text"}}) {
+    FakeObject root{.role = 11, .name = "text", .children = {"/field"}, .failing = box.failing};
+    FakePeer peer({{"/root", root}, {"/field", child}});
     EXPECT_EQ(string(*peer.takeRoot(), "AXTitle"), title);
   }
 }

@@ -60,7 +60,10 @@ bool isNamedAfterSecret(const Knowledge& known) {
          });
 }
 
-Value title(const Knowledge& known) { return isNamedAfterSecret(known) ? std::nullopt : unlessEmpty(known.name); }
+/// Without its role an object may be such a combo box.
+Value title(const Knowledge& known) {
+  return known.role && !isNamedAfterSecret(known) ? unlessEmpty(known.name) : std::nullopt;
+}
 
 struct Attribute {
   std::string_view name;
