@@ -3,7 +3,10 @@
 import json
 import os
 import shutil
+import signal
+import time
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 from made_window import SECRETS
@@ -79,3 +82,19 @@ class PolicyTest(unittest.TestCase):
                 data = capture(request, sensitive)
                 self.assertIsNone(data["image"])
                 self.assertEqual((data["sensitive_app_match"], data["sensitive_bundle_id"]), (True, IDENTIFIER))
+    def test_one_that_comes_to_the_front_meanwhile_is_not_pictured(self) -> None:
+        first, sensitive = Window("made-two"), Window("made-secrets")
+        first.activate()
+        os.kill(first.process, signal.SIGSTOP)  # which holds up the walk of its tree
+        try:
+            with ThreadPoolExecutor() as executor:
+                running = executor.submit(
+                    capture, {"target": "focused_element"}, policy('bundle_id_blocklist:\n  - "org.example.*"\n')
+                )
+                time.sleep(0.5)
+                self.assertFalse(running.done())
+                sensitive.activate()
+                data = running.result()
+        finally:
+            os.kill(first.process, signal.SIGCONT)
+        self.assertEqual((data["image"], data.get("sensitive_bundle_id")), (None, IDENTIFIER))
