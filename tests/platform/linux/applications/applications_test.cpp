@@ -112,7 +112,7 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
   const std::string tool = "org.example.Tool", settings = "org.example.Settings", viewer = "org.example.viewer";
   const struct Case {
     std::string reason;
-    ApplicationEvidence evidence;  // sandbox, GTK's application id, instance, class, executable, process
+    ApplicationEvidence evidence;  // sandbox, GTK's application id, instance, class, executable, process, unit
     std::vector<std::string> identifiers;
     std::optional<std::string> name;
   } cases[] = {
@@ -126,6 +126,8 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
        {settings, "zzz"},
        "By program"},
       {"of several the one like the window", {"", "", "", "Tool", "tool"}, {tool}, "By program and class"},
+      {"or the one of its unit", {"", "", "", "Tool", "tool", "", settings}, {settings, tool}, "By program"},
+      {"where that starts the program", {"", "", "", "", "tool", "", "Viewer"}, {settings}, "By program"},
       {"but of no hidden interpreter", {"", "", "i", "c", "script"}, {"i", "c"}, "c"},
       {"the window only", {"", "", "unknown", "Unknown", "", "p"}, {"unknown", "Unknown"}, "Unknown"},
       {"the process only", {"", "", "", "", "daemon", "daemon"}, {}, "daemon"},
@@ -137,6 +139,23 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
     EXPECT_EQ(identity.localizedName, name) << reason;
     EXPECT_EQ(identity.noDisplay, !identifiers.empty() && identifiers.front() == viewer) << reason;
   }
+}
+
+TEST(ProcessEvidence, KnowsTheApplicationOfAUnit) {
+  const std::string user = "2:cpu:/\n0::/user.slice/user-1000.slice/user@1000.service/app.slice/";
+  const struct Case {
+    std::string unit, application;
+  } cases[] = {
+      {"app-gnome-org.gnome.Maps-4242.scope\n", "org.gnome.Maps"},
+      {R"(app-firefox\x2desr-8f0a.scope/child)", "firefox-esr"},
+      {"app-gnome.slice/app-org.kde.kate@autostart.service\n", "org.kde.kate"},
+      {"app-org.kde.kate.service\n", "org.kde.kate"},
+      {R"(app-a\x2\xg0\xff-1.scope)", "a\\x2\\xg0\uFFFD"},
+      {"app-.scope\n", ""},
+      {"vte-spawn-42.scope\n", ""},
+      {"", ""},
+  };
+  for (const auto& [unit, application] : cases) EXPECT_EQ(applicationOfUnit(user + unit), application) << unit;
 }
 
 TEST(ProcessEvidence, KnowsTheProgramOfAProcess) {

@@ -11,8 +11,8 @@
 namespace tavik::platform::applications {
 namespace {
 
-/// How an entry fits a window, the best way first.
-enum class Fit : std::uint8_t { startupClass, id, endOfID, none };
+/// How an entry fits a window, the best way first; `unit` says that it fits the process.
+enum class Fit : std::uint8_t { unit, startupClass, id, endOfID, none };
 
 /// Equal, and known.
 bool matches(std::string_view known, std::string_view other) { return !known.empty() && known == other; }
@@ -45,8 +45,9 @@ BestEntries bestEntries(const ApplicationEvidence& evidence, DesktopEntryCatalog
       best.ofWindow = entry;
     }
     const bool startsIt = matches(evidence.executable, entry->program) && !entry->noDisplay;
-    if (startsIt && (best.ofProgram == nullptr || fit < programsFit)) {
-      programsFit = fit;
+    const auto programFit = matches(evidence.unitID, entry->id) ? Fit::unit : fit;
+    if (startsIt && (best.ofProgram == nullptr || programFit < programsFit)) {
+      programsFit = programFit;
       best.ofProgram = entry;
     }
   }

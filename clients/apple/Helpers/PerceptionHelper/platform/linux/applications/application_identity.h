@@ -18,6 +18,7 @@ struct ApplicationEvidence {
   std::string className = {};         ///< WM_CLASS of its window, second part
   std::string executable = {};        ///< base name of the program file
   std::string processName = {};       ///< what the kernel calls the process
+  std::string unitID = {};            ///< the application that its systemd unit was started for
 };
 
 /// Who it is.
@@ -30,8 +31,9 @@ struct ApplicationIdentity {
 
 /// Weighs the evidence, what cannot be forged first:
 /// 1. the sandbox;
-/// 2. of the installed entries that start this program file, the one that fits the window best. An interpreter's own
-///    entry, which menus do not show, is not the identity of everything that it runs;
+/// 2. of the installed entries that start this program file, the one that the process's unit was started for, else the
+///    one that fits the window best. A unit alone proves nothing: what an application starts stays in it. An
+///    interpreter's own entry, which menus do not show, is not the identity of everything that it runs;
 /// 3. the entry that the window names;
 /// 4. of all installed entries, the one that fits the window best;
 /// 5. what the window says of itself, where nothing installed bears it out.

@@ -1,5 +1,7 @@
 #include "platform/linux/applications/process_evidence.h"
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
@@ -38,7 +40,59 @@ std::string flatpakInfo(std::int32_t processID, std::string_view group, std::str
   return file ? file->string(group, key).value_or("") : "";
 }
 
+/// The text without what follows this character for the last time; empty without one.
+std::string_view beforeLast(char separator, std::string_view text) {
+  const auto end = text.rfind(separator);
+  return text.substr(0, end == std::string_view::npos ? 0 : end);
+}
+
+/// What a unit's name means where it has `\xNN` for a character (systemd.unit(5)).
+std::string unescaped(std::string_view name) {
+  constexpr std::size_t kLength = 4;
+  constexpr int kHexadecimal = 16;
+  std::string result;
+  while (!name.empty()) {
+    std::uint8_t byte = 0;
+    const auto digits = name.starts_with("\\x") ? name.substr(2, 2) : std::string_view();
+    const auto* const end = digits.data() + digits.size();
+    const bool isEscape = digits.size() == 2 && std::from_chars(digits.data(), end, byte, kHexadecimal).ptr == end;
+    result += isEscape ? static_cast<char>(byte) : name.front();
+    name.remove_prefix(isEscape ? kLength : 1);
+  }
+  return result;
+}
+
+/// Empty when the unit, a folder of a control group's path, is none that a desktop environment started for one.
+std::string applicationOfOneUnit(std::string_view unit) {
+  constexpr std::string_view kPrefix = "app-", kScope = ".scope", kService = ".service";
+  if (!unit.starts_with(kPrefix)) return "";
+  unit.remove_prefix(kPrefix.size());
+  if (unit.ends_with(kScope)) {
+    unit = beforeLast('-', unit);
+  } else if (unit.ends_with(kService)) {
+    unit.remove_suffix(kService.size());
+    unit = unit.substr(0, unit.find('@'));
+  } else {
+    return "";
+  }
+  return unescaped(unit.substr(unit.rfind('-') + 1));
+}
+
 }  // namespace
+
+std::string applicationOfUnit(std::string_view controlGroups) {
+  std::string application;
+  while (!controlGroups.empty() && application.empty()) {
+    const auto end = std::min(controlGroups.find_first_of("/\n"), controlGroups.size());
+    application = applicationOfOneUnit(controlGroups.substr(0, end));
+    controlGroups.remove_prefix(std::min(end + 1, controlGroups.size()));
+  }
+  return text::toValidUTF8(application);
+}
+
+std::string unitApplicationID(std::int32_t processID) {
+  return applicationOfUnit(posix::readRegularFile(procPath(processID, "cgroup"), kLargestFile).value_or(""));
+}
 
 std::string flatpakID(std::int32_t processID) { return flatpakInfo(processID, "Application", "name"); }
 

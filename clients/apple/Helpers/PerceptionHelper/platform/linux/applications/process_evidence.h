@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 /// What the proc file system tells about a process. Empty when it tells nothing: the process is gone, or another
 /// user's.
@@ -13,6 +14,15 @@ std::string flatpakID(std::int32_t processID);
 /// Which run of a Flatpak application the process belongs to: its own processes, and the proxy through which they reach
 /// D-Bus, have it in common, and nobody else has. Valid UTF-8.
 std::string flatpakInstance(std::int32_t processID);
+
+/// The application for which a desktop environment started the unit of systemd in which the process runs. What that
+/// application starts is in the same unit. Valid UTF-8.
+std::string unitApplicationID(std::int32_t processID);
+
+/// The application's id in the name of such a unit, of the form `app[-LAUNCHER]-ID-RANDOM.scope` or
+/// `app[-LAUNCHER]-ID[@RANDOM].service` (systemd.io/DESKTOP_ENVIRONMENTS), where `controlGroups` is the text of
+/// /proc/PID/cgroup (cgroups(7)). Empty when no unit there has such a name. Valid UTF-8.
+std::string applicationOfUnit(std::string_view controlGroups);
 
 /// The base name of the file that the process runs, also when an update has replaced that file. Valid UTF-8.
 std::string executableName(std::int32_t processID);

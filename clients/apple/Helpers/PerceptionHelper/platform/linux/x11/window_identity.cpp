@@ -14,7 +14,8 @@ applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std:
                                                     applications::DesktopEntryCatalog& catalog) {
   applications::ApplicationEvidence evidence{.flatpakID = applications::flatpakID(processID),
                                              .executable = applications::executableName(processID),
-                                             .processName = applications::processName(processID)};
+                                             .processName = applications::processName(processID),
+                                             .unitID = applications::unitApplicationID(processID)};
   if (windows.empty()) return identify(evidence, catalog);
   std::optional<applications::ApplicationIdentity> identity;
   std::set<std::tuple<std::string, std::string, std::string>> known;  // what windows say, which few say differently
