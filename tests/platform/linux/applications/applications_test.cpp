@@ -128,9 +128,10 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
       {"of several the one like the window", {"", "", "", "Tool", "tool"}, {tool}, "By program and class"},
       {"or the one of its unit", {"", "", "", "Tool", "tool", "", settings}, {settings, tool}, "By program"},
       {"where that starts the program", {"", "", "", "", "tool", "", "Viewer"}, {settings}, "By program"},
-      {"but of no hidden interpreter", {"", "", "i", "c", "script"}, {"i", "c"}, "c"},
+      {"but of no hidden interpreter", {"", "", "i", "c", "script"}, {"i", "c", "script"}, "c"},
       {"the window only", {"", "", "unknown", "Unknown", "", "p"}, {"unknown", "Unknown"}, "Unknown"},
-      {"the process only", {"", "", "", "", "daemon", "daemon"}, {}, "daemon"},
+      {"the process only", {"", "", "", "", "daemon", "daemon"}, {"daemon"}, "daemon"},
+      {"the program, however it is called", {"", "", "", "Viewer", "vault"}, {"zzz", "vault"}, "By class"},
       {"nothing", {}, {}, std::nullopt},
   };
   for (const auto& [reason, evidence, identifiers, name] : cases) {

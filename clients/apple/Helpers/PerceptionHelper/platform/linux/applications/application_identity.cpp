@@ -91,6 +91,7 @@ ApplicationIdentity identify(const ApplicationEvidence& evidence, DesktopEntryCa
     identifiers.add(evidence.instanceName);
     identifiers.add(evidence.className);
   }
+  if (best.ofProgram == nullptr) identifiers.add(evidence.executable);
   const auto* const entry = identifiers.isEmpty() ? nullptr : catalog.find(identifiers.best());
   const auto name = entry != nullptr ? entry->name : "";
   return {.bundleIdentifiers = identifiers.take(),

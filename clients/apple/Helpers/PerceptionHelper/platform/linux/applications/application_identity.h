@@ -36,7 +36,8 @@ struct ApplicationIdentity {
 ///    interpreter's own entry, which menus do not show, is not the identity of everything that it runs;
 /// 3. the entry that the window names;
 /// 4. of all installed entries, the one that fits the window best;
-/// 5. what the window says of itself, where nothing installed bears it out.
+/// 5. what the window says of itself, where nothing installed bears it out;
+/// 6. the program file's own name, where no installed entry starts it: a window can call itself otherwise.
 /// In order, an entry fits a window whose StartupWMClass is the window's class, whatever the case; whose id is that
 /// class; whose id ends, after its last dot, in the class or the instance.
 ApplicationIdentity identify(const ApplicationEvidence& evidence, DesktopEntryCatalog& catalog);
