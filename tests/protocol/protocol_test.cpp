@@ -64,6 +64,7 @@ TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
       {R"({"region":{"x":0.5,"y":2,"w":3,"h":4}})", "region.x: " + whole + fraction},
       {R"({"region":{"x":1,"y":null,"w":3,"h":4}})", "region.y: " + whole + "null"},
       {R"({"max_long_edge_px":800.0000000000000001})", "max_long_edge_px: " + whole + fraction},
+      {R"({"max_long_edge_px":9007199254740993.5})", "max_long_edge_px: " + whole + fraction},
       {R"({"max_long_edge_px":-1e-400})", "max_long_edge_px: " + whole + fraction},
       {R"({"max_long_edge_px":1e99999999999})", "max_long_edge_px: " + whole + fraction},
       {R"({"include_image":1})", "include_image: expected true or false, found 1"},

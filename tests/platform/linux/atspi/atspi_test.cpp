@@ -164,7 +164,7 @@ FakeObjects trickyTree() {
       {"/broken", {.name = "broken", .children = {"/leaf"}, .failing = {"GetChildren", "GetInterfaces"}}},
       {"/itself", {.name = "itself", .children = {"/itself", "/leaf"}}},
       {"/sockets", {.name = "sockets", .children = {"!/plug", "/leaf", "!/stolen", "!/gone"}}},
-      {"/plug", {.name = "plug", .parent = "/sockets"}},
+      {"/plug", {.states = kShowing, .name = "plug", .parent = "/sockets"}},
       {"/shown", {.name = "shown", .children = {"/hidden", "/scrolled", "/menu"}}},
       {"/hidden", {.states = 0, .name = "secret", .children = {"/leaf"}}},
       {"/scrolled", {.states = kVisible, .name = "scrolled"}},
@@ -204,6 +204,7 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
       << "nothing below the deepest level";
   EXPECT_EQ(ahead.calls("Name", "/hidden") + ahead.calls("GetChildren", "/hidden"), 0) << "nobody can see it";
   EXPECT_EQ(ahead.calls("Name", "/scrolled") + ahead.calls("Name", "/item"), 2) << "and these whoever scrolls or opens";
+  EXPECT_EQ(ahead.calls("Name", "/plug"), 1) << "shown, whatever it is in";
   EXPECT_EQ(ahead.calls("Name", "/org/a11y/atspi/null"), 0) << "the null object is no child";
   EXPECT_EQ(ahead.calls("GetChildren", "/many"), 0) << "a big container is not listed whole";
   EXPECT_EQ(ahead.calls("GetText", "/many"), 0) << "no text is asked for where there is none";
