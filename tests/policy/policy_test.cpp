@@ -104,6 +104,16 @@ TEST(DeliveredPolicy, HasNoLineThatTheReaderSkips) {
   EXPECT_EQ(policy.bundleIdBlocklist.size() + policy.axRoleTextBlocklist.size(), items);
 }
 
+// As windows of Debian 12 give them, where the package's name does not say it; and what a pattern must not take along.
+TEST(DeliveredPolicy, KnowsProgramsByWhatTheyCallThemselves) {
+  const auto policy = parseSensitiveAppsYAML(deliveredPolicy());
+  const std::vector<std::string> sensitive{"Jameica 2.10.3", "addtrans", "git-gui--askpass",
+                                           "net-sf-linuxorg-pcal-PCalendar", "redhat-userpasswd"};
+  const std::vector<std::string> harmless{"SWT", "FLTK", "git-gui", "java", "galculator", "nm-connection-editor"};
+  for (const auto& one : sensitive) EXPECT_EQ(sensitiveAppMatch({&one, 1}, policy), one);
+  EXPECT_EQ(sensitiveAppMatch(harmless, policy), std::nullopt);
+}
+
 constexpr auto kDefaultPath = "/Users/ada/Documents/Dev/Quorle/config/perception/sensitive-apps.yaml";
 
 std::optional<std::string> policyOf(const std::string& item) { return "bundle_id_blocklist:\n- " + item; }
