@@ -58,6 +58,11 @@ void appendValue(sd_bus_message* message, FuzzedDataProvider& input, const std::
       appendValue(message, input, std::string(1, member), depth + 1);
     }
     sd_bus_message_close_container(message);
+  } else if (type == "{sv}" && sd_bus_message_open_container(message, 'e', "sv") >= 0) {
+    constexpr std::array kKeys{"Name", "Description", "HelpText", "ChildCount", "Parent"};
+    sd_bus_message_append(message, "s", input.PickValueInArray(kKeys));
+    appendContents(message, input, "v", depth + 1);
+    sd_bus_message_close_container(message);
   } else if (type == "v") {
     appendContents(message, input, "v", depth + 1);
   }
@@ -65,8 +70,8 @@ void appendValue(sd_bus_message* message, FuzzedDataProvider& input, const std::
 
 /// A value of some type that such replies have, or of another; as a variant where `types` is "v".
 void appendContents(sd_bus_message* message, FuzzedDataProvider& input, const std::string& types, int depth) {
-  constexpr std::array kTypes{"s",    "i",     "u",      "o",      "as",   "au",  "ai",
-                              "(so)", "a(so)", "(iiii)", "(uuuu)", "(os)", "aas", "v"};
+  constexpr std::array kTypes{"s",     "i",      "u",      "o",    "as",  "au",    "ai", "(so)",
+                              "a(so)", "(iiii)", "(uuuu)", "(os)", "aas", "a{sv}", "v"};
   const std::string type = depth < kMaxDepth ? input.PickValueInArray(kTypes) : "s";
   if (types != "v") return appendValue(message, input, type, depth);
   if (sd_bus_message_open_container(message, 'v', type.c_str()) < 0) return;
@@ -104,7 +109,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string signature = reply ? sd_bus_message_get_signature(reply, 1) : "";
   const auto isOf = [&signature](const char* type) { return signature.starts_with(type); };
 
-  for (const auto& text : {fromTheStart(reply, atspi::readString), fromTheStart(reply, atspi::readStringProperty)}) {
+  const auto all = fromTheStart(reply, atspi::readAllProperties);
+  require(isOf("a{sv}") || all == atspi::Properties{});
+  for (const auto& text : {fromTheStart(reply, atspi::readString), fromTheStart(reply, atspi::readStringProperty),
+                           all.name, all.description, all.helpText}) {
     require(!text || tavik::text::isValidUTF8(*text));
   }
   for (const auto& found :

@@ -183,7 +183,7 @@ FakeObjects trickyTree() {
 }
 
 TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
-  FakePeer ahead(trickyTree()), oneByOne(trickyTree());
+  FakePeer ahead(trickyTree()), oneByOne(trickyTree()), atOnce(trickyTree());
   const auto walked = [](Element& root) {
     AXSummary summary;
     auto tree = walkAXElement(root, {.depth = 0, .maxDepth = 3}, summary, SensitiveAppsConfig::empty);
@@ -212,6 +212,13 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   EXPECT_EQ(ahead.calls("GetRole", "/stolen"), 0) << "and one that belongs to somebody else";
   EXPECT_EQ(ahead.calls("GetRole", "/itself"), 1) << "nothing is below itself";
   EXPECT_EQ(ahead.calls("GetAll") + ahead.calls("GetLocale"), 0) << "applications crash or hang on them";
+
+  const auto gtk = atOnce.takeRoot();
+  gtk->session()->hasAllProperties = true;
+  readTree(*gtk, {3, kMaxAXChildren, 10'000, factsFor(kWalkedAXAttributes)});
+  EXPECT_EQ(walked(*gtk), seen);
+  EXPECT_EQ(atOnce.calls("Name") + atOnce.calls("ChildCount"), 0) << "one question where there were four";
+  EXPECT_EQ(atOnce.calls("GetAll", "/shown"), 1);
 }
 
 TEST(ReadTree, EndsInATreeThatIsTooLarge) {
@@ -305,6 +312,7 @@ TEST(Application, ShowsWindowCoordinatesOfGTK4OnTheScreen) {
     EXPECT_EQ(std::get<Point>(*windows[1]->copyAttributeValue("AXPosition")), expected) << reason;
     EXPECT_EQ(windows[0]->copyAttributeValue("AXPosition").has_value(), knowsScreen)
         << "no frame is better than a wrong one: the X server has no window like the first";
+    EXPECT_EQ(application.root()->session()->hasAllProperties, reason.starts_with("GTK")) << reason;
   }
 }
 

@@ -37,6 +37,12 @@ void appendInterface(sd_bus_message* reply, const std::string& name) {
   sd_bus_message_append(reply, "s", ("org.a11y.atspi." + name).c_str());
 }
 
+void appendAllProperties(sd_bus_message* reply, const FakeObject& object) {
+  const auto count = static_cast<std::int32_t>(object.children.size());
+  sd_bus_message_append(reply, "a{sv}", 4, "Name", "s", object.name.c_str(), "Locale", "s", "C", "ChildCount", "i",
+                        count, "Description", "s", "");
+}
+
 /// The value of a property, or what a method returns.
 void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject& object, std::string_view member) {
   const auto appendText = [&](std::string_view property, const std::string& value) {
@@ -48,6 +54,7 @@ void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const FakeObject&
   appendText("Description", "");
   appendText("HelpText", "");
   if (member == "ChildCount") sd_bus_message_append(reply, "v", "i", static_cast<std::int32_t>(object.children.size()));
+  if (member == "GetAll") appendAllProperties(reply, object);
   if (member == "Parent") sd_bus_message_append(reply, "v", "(so)", kName, object.parent.c_str());
   if (member == "GetRole") sd_bus_message_append(reply, "u", object.role);
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());

@@ -20,12 +20,14 @@ struct Toolkit {
   std::optional<std::string> version = {};
 };
 
+bool isGTK(const Toolkit& toolkit) { return text::caselessEqual(toolkit.name.value_or(""), "gtk"); }
+
 /// GTK 4 has no screen coordinates. Asked for them, it gives the window's, and complains in the application's log.
 bool knowsWindowCoordinatesOnly(const Toolkit& toolkit) {
   int major = 0;
   const std::string version = toolkit.version.value_or("");
   std::from_chars(version.data(), version.data() + version.size(), major);
-  return text::caselessEqual(toolkit.name.value_or(""), "gtk") && major >= 4;
+  return isGTK(toolkit) && major >= 4;
 }
 
 /// Finds out the toolkit and the windows.
@@ -67,7 +69,10 @@ Application::Application(FindRoot findRoot, FindWindows findWindows)
 Element* Application::root() {
   if (std::exchange(isResolved_, true)) return root_.get();
   root_ = findRoot_();
-  if (!root_ || !knowsWindowCoordinatesOnly(readToolkitAndWindows(*root_))) return root_.get();
+  if (!root_) return nullptr;
+  const Toolkit toolkit = readToolkitAndWindows(*root_);
+  root_->session()->hasAllProperties = isGTK(toolkit);
+  if (!knowsWindowCoordinatesOnly(toolkit)) return root_.get();
   root_->session()->coordinates = Coordinates::window;
   const auto claims = claimsOfWindows(*root_);
   const auto candidates = findWindows_();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <iterator>
 #include <utility>
@@ -129,9 +130,7 @@ void Element::ask(unsigned facts) {
   const auto isFresh = [fresh](unsigned fact) { return (fresh & fact) != 0; };
   if (isFresh(fact::role)) askRole();
   if (isFresh(fact::states)) withStates([] {});
-  if (isFresh(fact::name)) askString("Name", known_.name);
-  if (isFresh(fact::description)) askString("Description", known_.description);
-  if (isFresh(fact::helpText)) askHelpText();
+  askProperties(fresh & fact::kProperties);
   if (!isFresh(fact::text | fact::extents)) return;
   withInterfaces([this, isFresh] {
     if (!known_.interfaces) return;
@@ -199,6 +198,13 @@ void Element::withVisibility(const std::function<void()>& then) {
   });
 }
 
+void Element::askProperties(unsigned fresh) {
+  if (askedAllProperties_ || (session_->hasAllProperties && std::popcount(fresh) > 1)) return withAllProperties([] {});
+  if ((fresh & fact::name) != 0) askString("Name", known_.name);
+  if ((fresh & fact::description) != 0) askString("Description", known_.description);
+  if ((fresh & fact::helpText) != 0) askHelpText();
+}
+
 void Element::askString(const char* property, std::optional<std::string>& result) {
   session_->conversation.askProperty(reference(), kAccessible, property, [this, &result](const dbus::Answer& answer) {
     result = admitted(readStringProperty(answer.reply));
@@ -225,7 +231,22 @@ void Element::askExtents() {
                              static_cast<std::uint32_t>(session_->coordinates));
 }
 
+void Element::withAllProperties(const std::function<void()>& then) {
+  if (childCount_) return then();
+  awaitingProperties_.push_back(then);
+  if (std::exchange(askedAllProperties_, true)) return;
+  session_->conversation.askAllProperties(reference(), kAccessible, [this](const dbus::Answer& answer) {
+    auto properties = readAllProperties(answer.reply);
+    known_.name = admitted(std::move(properties.name));
+    known_.description = admitted(std::move(properties.description));
+    known_.helpText = admitted(std::move(properties.helpText));
+    childCount_ = properties.childCount.value_or(0);
+    for (const auto& next : std::exchange(awaitingProperties_, {})) next();
+  });
+}
+
 void Element::withChildCount(const std::function<void()>& then) {
+  if (askedAllProperties_) return withAllProperties(then);
   if (childCount_) return then();
   session_->conversation.askProperty(reference(), kAccessible, "ChildCount", [this, then](const dbus::Answer& answer) {
     childCount_ = readInt32Property(answer.reply);
@@ -314,7 +335,9 @@ void Element::dropHidden(std::size_t count, const std::function<void()>& then) {
   const auto missing = std::make_shared<std::size_t>(count);
   for (const auto& child : fresh) {
     // Its answer is there with the next one, which saves a turn for each level of the tree.
-    if (descent_ == Descent::goesOn) child->withChildCount([] {});
+    if (descent_ == Descent::goesOn) {
+      session_->hasAllProperties ? child->withAllProperties([] {}) : child->withChildCount([] {});
+    }
     child->withVisibility([this, then, missing] {
       if (--*missing > 0) return;
       const auto isHidden = [](const auto& element) { return element->isHidden_; };

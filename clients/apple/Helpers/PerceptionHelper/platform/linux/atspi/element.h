@@ -21,6 +21,7 @@ namespace tavik::platform::atspi {
 /// What can be asked of an object, apart from its children. Several are combined with |.
 namespace fact {
 enum : unsigned { role = 1, states = 2, name = 4, description = 8, helpText = 16, text = 32, extents = 64 };
+inline constexpr unsigned kProperties = name | description | helpText;
 }  // namespace fact
 
 class Element;
@@ -92,6 +93,10 @@ class Element final : public UIElement {
   void askRole();
   void askRolesOfChildren();
   void withChildCount(const std::function<void()>& then);
+  /// Asks for those facts in one message where several are wanted and the application can be asked so.
+  void askProperties(unsigned fresh);
+  /// Asks for name, description, help text and the number of children in one message.
+  void withAllProperties(const std::function<void()>& then);
   void withRoleNumber(const std::function<void()>& then);
   void withStates(const std::function<void()>& then);
   /// Calls `then` when it is known whether the object is hidden: neither visible nor showing, but for closed menus.
@@ -124,6 +129,8 @@ class Element final : public UIElement {
   std::vector<std::shared_ptr<Element>> hidden_;  ///< of its children; answers to them may still come
   Descent descent_ = Descent::ends;
   std::optional<std::int32_t> childCount_;
+  bool askedAllProperties_ = false;
+  std::vector<std::function<void()>> awaitingProperties_;
   std::optional<std::uint32_t> roleNumber_;
 };
 

@@ -1,6 +1,7 @@
 #include "platform/linux/atspi/reply.h"
 
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/dbus/sd_bus_library.h"
 #include "text/utf8.h"
@@ -17,6 +18,31 @@ std::optional<Value> readBasic(sd_bus_message* message, char type) {
 
 bool entersVariant(sd_bus_message* reply, const char* contents) {
   return reply && dbus::sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_VARIANT, contents) > 0;
+}
+
+/// The next of all properties; false at the end.
+bool readNextProperty(sd_bus_message* reply, Properties& properties) {
+  const auto* const library = dbus::sdBus();
+  if (library->sd_bus_message_enter_container(reply, SD_BUS_TYPE_DICT_ENTRY, "sv") <= 0) return false;
+  const auto key = readBasic<const char*>(reply, SD_BUS_TYPE_STRING);
+  const std::string_view name = key ? *key : "";
+  const auto take = [reply, library](auto& property, auto value) {
+    property = std::move(value);
+    return property && library->sd_bus_message_exit_container(reply) > 0;
+  };
+  bool isRead = false;
+  if (name == "Name") {
+    isRead = take(properties.name, readStringProperty(reply));
+  } else if (name == "Description") {
+    isRead = take(properties.description, readStringProperty(reply));
+  } else if (name == "HelpText") {
+    isRead = take(properties.helpText, readStringProperty(reply));
+  } else if (name == "ChildCount") {
+    isRead = take(properties.childCount, readInt32Property(reply));
+  } else {
+    isRead = library->sd_bus_message_skip(reply, "v") > 0;
+  }
+  return isRead && library->sd_bus_message_exit_container(reply) > 0;
 }
 
 /// The next reference of a message; nothing at the end. The null object comes as an empty bus name.
@@ -42,6 +68,14 @@ std::optional<std::string> readStringProperty(sd_bus_message* reply) {
 
 std::optional<std::int32_t> readInt32Property(sd_bus_message* reply) {
   return entersVariant(reply, "i") ? readBasic<std::int32_t>(reply, SD_BUS_TYPE_INT32) : std::nullopt;
+}
+
+Properties readAllProperties(sd_bus_message* reply) {
+  Properties properties;
+  if (!reply || dbus::sdBus()->sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "{sv}") <= 0) return properties;
+  while (readNextProperty(reply, properties)) {
+  }
+  return properties;
 }
 
 std::optional<std::uint32_t> readUInt32(sd_bus_message* reply) {

@@ -37,9 +37,20 @@ struct Interfaces {
   bool text = false;
 };
 
+/// What is wanted of the properties of an object.
+struct Properties {
+  std::optional<std::string> name = {};
+  std::optional<std::string> description = {};
+  std::optional<std::string> helpText = {};
+  std::optional<std::int32_t> childCount = {};
+  bool operator==(const Properties&) const = default;
+};
+
 std::optional<std::string> readString(sd_bus_message* reply);
 std::optional<std::string> readStringProperty(sd_bus_message* reply);
 std::optional<std::int32_t> readInt32Property(sd_bus_message* reply);
+/// Those that stand in the dictionary of them all (a{sv}), up to the first that is not of its type.
+Properties readAllProperties(sd_bus_message* reply);
 std::optional<std::uint32_t> readUInt32(sd_bus_message* reply);
 std::optional<States> readStates(sd_bus_message* reply);
 std::optional<Interfaces> readInterfaces(sd_bus_message* reply);

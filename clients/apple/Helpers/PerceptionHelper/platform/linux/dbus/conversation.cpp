@@ -9,6 +9,8 @@ namespace {
 /// Enough to keep the other side busy, and far below what a bus lets one connection have unanswered.
 constexpr std::size_t kMaxInFlight = 512;
 
+constexpr auto kProperties = "org.freedesktop.DBus.Properties";
+
 /// How toolkits say that an object has no such property: ATK and GLib, GTK 4, Qt.
 bool isUnsupported(sd_bus_message* reply) {
   return sdBus()->sd_bus_message_is_method_error(reply, SD_BUS_ERROR_UNKNOWN_PROPERTY) > 0 ||
@@ -21,7 +23,11 @@ bool isUnsupported(sd_bus_message* reply) {
 Conversation::Conversation(Bus bus, Patience patience) : bus_(std::move(bus)), patience_(std::move(patience)) {}
 
 void Conversation::askProperty(const Reference& target, const char* interface, const char* property, Handler handler) {
-  ask(target, "org.freedesktop.DBus.Properties", "Get", std::move(handler), "ss", interface, property);
+  ask(target, kProperties, "Get", std::move(handler), "ss", interface, property);
+}
+
+void Conversation::askAllProperties(const Reference& target, const char* interface, Handler handler) {
+  ask(target, kProperties, "GetAll", std::move(handler), "s", interface);
 }
 
 void Conversation::settle(const std::function<bool()>& askMore) {

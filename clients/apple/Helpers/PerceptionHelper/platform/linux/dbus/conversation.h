@@ -50,6 +50,8 @@ class Conversation {
   }
   /// Reads one property (org.freedesktop.DBus.Properties.Get).
   void askProperty(const Reference& target, const char* interface, const char* property, Handler handler);
+  /// Reads all of an interface (org.freedesktop.DBus.Properties.GetAll).
+  void askAllProperties(const Reference& target, const char* interface, Handler handler);
 
   /// Waits until everything asked has been answered or given up. While there is room in flight, `askMore` is called,
   /// which asks some more, or returns false when it has nothing to ask at the moment.

@@ -11,11 +11,13 @@
   DO(sd_bus_is_ready)                \
   DO(sd_bus_message_append)          \
   DO(sd_bus_message_enter_container) \
+  DO(sd_bus_message_exit_container)  \
   DO(sd_bus_message_is_method_error) \
   DO(sd_bus_message_new_method_call) \
   DO(sd_bus_message_read)            \
   DO(sd_bus_message_read_basic)      \
   DO(sd_bus_message_set_auto_start)  \
+  DO(sd_bus_message_skip)            \
   DO(sd_bus_message_unref)           \
   DO(sd_bus_negotiate_fds)           \
   DO(sd_bus_new)                     \
