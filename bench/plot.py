@@ -1,15 +1,9 @@
 """Draws how cost grows, from the figures of script/bench: plot.py FILE PICTURE."""
 
 import json
+import subprocess
 import sys
 from pathlib import Path
-
-import matplotlib
-
-matplotlib.use("svg")
-from matplotlib import pyplot  # noqa: E402
-
-matplotlib.rcParams["svg.hashsalt"] = "the same figures give the same file"
 
 # Title, label and unit of the horizontal axis, and the series of each diagram.
 DIAGRAMS = (
@@ -18,12 +12,16 @@ DIAGRAMS = (
 )
 
 rows = [json.loads(line) for line in Path(sys.argv[1]).read_text(encoding="utf-8").splitlines()]
-figure, places = pyplot.subplots(1, len(DIAGRAMS), figsize=(9, 3.2), layout="constrained")
-for axes, (title, label, unit, series) in zip(places, DIAGRAMS):
-    for name, meaning in series.items():
+script = [
+    "set terminal svg size 860,310 font 'sans,11' background 'white'",
+    f"set multiplot layout 1,{len(DIAGRAMS)}",
+    "set ylabel 'ms, whole process'; set grid; set key left top; set xrange [0:*]; set yrange [0:*]",
+]
+for title, label, unit, series in DIAGRAMS:
+    for name in series:
         points = sorted((row["size"] / unit, row["ms"]) for row in rows if row.get("series") == name)
-        axes.plot(*zip(*points), marker="o", label=meaning)
-    axes.set(title=title, xlabel=label, ylabel="ms, whole process", xlim=0, ylim=0)
-    axes.grid(alpha=0.3)
-    axes.legend()
-figure.savefig(sys.argv[2], metadata={"Date": None})
+        script += [f"${name} << END", *(f"{size} {ms}" for size, ms in points), "END"]
+    curves = ", ".join(f"${name} with linespoints pointtype 7 title '{text}'" for name, text in series.items())
+    script.append(f"set title '{title}'; set xlabel '{label}'; plot {curves}")
+with open(sys.argv[2], "w", encoding="utf-8") as picture:
+    subprocess.run(["gnuplot"], input="\n".join(script), stdout=picture, text=True, check=True)
