@@ -5,6 +5,7 @@
 
 #include "platform/linux/dbus/bus.h"
 #include "platform/linux/dbus/patience.h"
+#include "platform/posix/run_time.h"
 
 namespace tavik::platform::dbus {
 namespace {
@@ -54,6 +55,13 @@ TEST_F(PatienceTest, EndsForGoodWhenTheTotalIsSpentHoweverManyAnswersCome) {
   EXPECT_TRUE(patience.isExhausted());
   patience.startWaiting();
   EXPECT_EQ(patience.remaining(), milliseconds(0));
+}
+
+TEST_F(PatienceTest, EndsWithTheTimeOfTheRun) {
+  posix::startRunTime(milliseconds(0));
+  EXPECT_EQ(patience.remaining(), milliseconds(0));
+  EXPECT_TRUE(patience.isExhausted());
+  posix::startRunTime(std::chrono::hours(1));
 }
 
 TEST_F(PatienceTest, DoesNotCountTheTimeBetweenTwoWaits) {

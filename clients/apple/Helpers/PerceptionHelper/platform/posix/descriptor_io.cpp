@@ -6,6 +6,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "platform/posix/run_time.h"
+
 namespace tavik::platform::posix {
 namespace {
 
@@ -34,7 +36,7 @@ bool shouldTryAgain(int descriptor, short event, Clock::time_point deadline = kN
 
 ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
   constexpr std::size_t kLeastRoom = std::size_t{64} * 1024;
-  const auto deadline = limits.patience ? Clock::now() + *limits.patience : kNever;
+  const auto deadline = limits.patience ? Clock::now() + withinRunTime(*limits.patience) : kNever;
   ReadResult result;
   std::size_t size = 0;
   while (size <= limits.bytes) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/posix/run_time.h"
+
 namespace tavik::platform::dbus {
 namespace {
 
@@ -28,10 +30,16 @@ void Patience::stopWaiting() {
 
 std::chrono::microseconds Patience::remaining() const {
   const auto silence = limits_.silence - (isWaiting_ ? between(lastAnswer_, clock_()) : std::chrono::microseconds{});
-  return std::max(std::chrono::microseconds{}, std::min(silence, limits_.total - waited()));
+  return std::max(std::chrono::microseconds{}, std::min(silence, totalLeft()));
 }
 
-bool Patience::isExhausted() const { return waited() >= limits_.total; }
+bool Patience::isExhausted() const { return totalLeft().count() <= 0; }
+
+std::chrono::microseconds Patience::totalLeft() const {
+  const std::chrono::microseconds ofRun =
+      posix::withinRunTime(std::chrono::ceil<std::chrono::milliseconds>(limits_.total));
+  return std::min(limits_.total - waited(), ofRun);
+}
 
 std::chrono::microseconds Patience::waited() const { return isWaiting_ ? spent_ + between(start_, clock_()) : spent_; }
 

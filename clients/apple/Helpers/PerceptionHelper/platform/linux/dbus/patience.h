@@ -8,7 +8,7 @@ namespace tavik::platform::dbus {
 /// After so long without any answer, nothing more is expected of those who have been asked.
 inline constexpr std::chrono::milliseconds kLongestSilence{1200};
 
-/// How long other processes may keep the program waiting.
+/// How long other processes may keep the program waiting, as long as the run may wait at all.
 struct PatienceLimits {
   std::chrono::microseconds silence = kLongestSilence;        ///< without any answer, while one is awaited
   std::chrono::microseconds total = std::chrono::seconds(4);  ///< of waiting in all
@@ -32,6 +32,7 @@ class Patience {
 
  private:
   std::chrono::microseconds waited() const;
+  std::chrono::microseconds totalLeft() const;
 
   PatienceLimits limits_;
   Clock clock_;

@@ -70,7 +70,7 @@ std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Windo
 /// Tries again, for a while, when the window or what covers it has changed during a try.
 std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
   constexpr std::chrono::milliseconds kPatience{500};
-  const auto end = Clock::now() + kPatience;
+  const auto end = deadlineIn(kPatience);
   while (true) {
     StructureWatch watch(connection, listed.windowID);
     auto bitmap = tryToCapture(connection, listed, watch);

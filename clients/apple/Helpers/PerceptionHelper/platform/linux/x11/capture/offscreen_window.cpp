@@ -67,7 +67,7 @@ bool OffscreenWindow::noteDrawing(const xcb_generic_event_t& event, RepaintProgr
 
 bool OffscreenWindow::waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID) {
   constexpr std::chrono::milliseconds kLimit{700};
-  const auto end = Clock::now() + kLimit;
+  const auto end = deadlineIn(kLimit);
   auto quietSince = Clock::now();
   while (!watch.hasChanged() && !watch.otherHasChanged()) {
     const auto finished = quietSince + progress.quietPeriod();

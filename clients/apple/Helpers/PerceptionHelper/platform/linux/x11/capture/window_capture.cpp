@@ -100,7 +100,7 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
   // The server draws the border, and reports no drawing there.
   const PixelRect inner{.width = surface.outer.width - 2 * surface.border,
                         .height = surface.outer.height - 2 * surface.border};
-  const auto end = Clock::now() + std::chrono::milliseconds(2500);
+  const auto end = deadlineIn(std::chrono::milliseconds(2500));
   while (Clock::now() < end && waitForOtherReaders(connection, surface, end)) {
     watch.forgetOthers();
     auto hidden = hiddenParts(connection, surface);

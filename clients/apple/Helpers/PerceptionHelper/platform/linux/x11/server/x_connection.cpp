@@ -12,6 +12,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcbext.h>
 
+#include "platform/posix/run_time.h"
 #include "platform/posix/within.h"
 
 namespace tavik::platform::x11 {
@@ -33,6 +34,8 @@ std::string nameOnScreen(std::string_view name, int number) {
 }
 
 }  // namespace
+
+Clock::time_point deadlineIn(std::chrono::milliseconds limit) { return Clock::now() + posix::withinRunTime(limit); }
 
 /// On a thread of its own, since xcb_connect waits for the server's greeting without limit. A connection that comes too
 /// late is closed on that thread.
@@ -85,7 +88,7 @@ const xcb_query_extension_reply_t* XConnection::extension(xcb_extension_t& exten
 }
 
 void* XConnection::waitForReply(unsigned int sequence) {
-  const auto deadline = Clock::now() + kPatience;
+  const auto deadline = deadlineIn(kPatience);
   void* reply = nullptr;
   xcb_generic_error_t* error = nullptr;
   xcb_flush(xcb());

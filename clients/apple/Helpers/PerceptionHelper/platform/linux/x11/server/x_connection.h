@@ -16,6 +16,9 @@ namespace tavik::platform::x11 {
 /// The unit in which the protocol counts the lengths of replies and values, in bytes.
 inline constexpr std::size_t kWordBytes = 4;
 
+/// When a wait of at most `limit` ends: earlier where the run may not wait so long.
+Clock::time_point deadlineIn(std::chrono::milliseconds limit);
+
 /// Owns the connection to the X server. It is made at the first question, and it is single-threaded. Nothing here ends
 /// the process or waits without limit: a server that is not there, that goes away, or that another client has grabbed
 /// answers nothing.

@@ -3,6 +3,8 @@
 #include <sys/socket.h>
 #include <system_error>
 
+#include "platform/posix/run_time.h"
+
 namespace tavik::platform::x11 {
 
 XWatchdog::~XWatchdog() {
@@ -46,7 +48,9 @@ void XWatchdog::watch(int socket, std::chrono::milliseconds patience) {
   std::unique_lock lock(mutex_);
   while (!isOver_.wait_for(lock, kPeriod, [this] { return over_; })) {
     const auto since = since_.load();
-    if (since == Clock::time_point() || spent_.load() + (Clock::now() - since) < patience) continue;
+    if (since == Clock::time_point()) continue;
+    const auto spent = spent_.load() + (Clock::now() - since);
+    if (spent < patience && posix::withinRunTime(kPeriod).count() > 0) continue;
     ::shutdown(socket, SHUT_RDWR);
     return;
   }
