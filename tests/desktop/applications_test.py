@@ -1,5 +1,7 @@
 """Applications are found, pictures are of what was asked for, and looking leaves no trace. Runs on two monitors."""
 
+import os
+import shutil
 import subprocess
 import unittest
 from concurrent.futures import ThreadPoolExecutor
@@ -27,6 +29,21 @@ class ApplicationsTest(unittest.TestCase):
             with self.subTest(reason):
                 context = capture(request | TREE)["context"]
                 self.assertEqual((context["app_bundle_id"], context["app_name"]), identity)
+
+    @unittest.skipUnless(shutil.which("bwrap"), "bubblewrap is not installed")
+    def test_found_by_its_sandbox(self) -> None:
+        """Which bubblewrap makes, as for Flatpak, with the file that Flatpak puts there."""
+        folders = ("/etc", "/usr", "/lib", "/lib64", "/bin", "/tmp", "/dev", "/var")
+        binds = [part for folder in folders if os.path.exists(folder) for part in ("--dev-bind", folder, folder)]
+        read_end, write_end = os.pipe()
+        os.write(write_end, b"[Application]\nname=org.example.Boxed\n")
+        os.close(write_end)
+        box = ("bwrap", *binds, "--proc", "/proc", "--ro-bind-data", str(read_end), "/.flatpak-info")
+        with subprocess.Popen([*box, "xterm", "-T", "boxed"], pass_fds=(read_end,)) as boxed:
+            self.addCleanup(boxed.kill)
+            tool("xdotool", "search", "--sync", "--onlyvisible", "--name", "^boxed$")
+            self.assertEqual(capture({"app_bundle_id": "org.example.Boxed"})["ax_tree"], {})
+            boxed.kill()
 
     def test_not_found(self) -> None:
         for reason, name in (("a process without a window", "openbox"), ("installed, but not running", "UXTerm")):

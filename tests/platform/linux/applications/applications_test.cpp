@@ -159,6 +159,24 @@ TEST(ProcessEvidence, KnowsTheApplicationOfAUnit) {
   for (const auto& [unit, application] : cases) EXPECT_EQ(applicationOfUnit(user + unit), application) << unit;
 }
 
+TEST(ProcessEvidence, TakesFlatpaksWordOnlyFromFileSystemsInMemory) {
+  const std::string root = "65 42 0:40 / / rw,nosuid - tmpfs tmpfs rw,mode=755\n";
+  const std::string file = "70 65 0:39 /bindfile02uPfN//deleted /.flatpak-info ro,nosuid shared:1 - tmpfs tmpfs rw\n";
+  const std::string silent = "90 65 0:50 / / rw,nosuid - fuse silent rw,user_id=1000\n";
+  const struct Case {
+    std::string reason, table;
+    bool expected;
+  } cases[] = {
+      {"as bubblewrap makes it", root + "67 65 0:21 / /proc rw - proc proc rw\n" + file, true},
+      {"a root that may never answer, over the other", root + file + silent, false},
+      {"the file too", root + "70 65 0:39 / /.flatpak-info ro - fuse - tmpfs rw\n", false},
+      {"a file of the disk's own", root, false},
+      {"a cut line", root + file.substr(0, 60), false},
+      {"no table", "", false},
+  };
+  for (const auto& [reason, table, expected] : cases) EXPECT_EQ(isFlatpaksMountTable(table), expected) << reason;
+}
+
 TEST(ProcessEvidence, KnowsTheProgramOfAProcess) {
   const auto self = ::getpid();
   EXPECT_FALSE(executableName(self).empty());

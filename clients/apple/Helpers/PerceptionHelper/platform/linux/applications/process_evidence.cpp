@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -12,7 +11,6 @@
 #include "platform/linux/applications/key_file.h"
 #include "platform/linux/applications/proc_path.h"
 #include "platform/posix/regular_file.h"
-#include "platform/posix/within.h"
 #include "text/utf8.h"
 
 namespace tavik::platform::applications {
@@ -20,17 +18,13 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{64} * 1024;
 
-/// A sandbox may have a file system of its own that never answers; after the first such one, none is asked any more.
+/// Nothing is read where the process may have a file system that never answers: whoever waits for one cannot even be
+/// ended. What is in memory, as Flatpak's file and the root that it lies in are, always answers.
 std::optional<std::string> sandboxFile(std::int32_t processID) {
-  constexpr std::chrono::milliseconds kPatience{500};
-  static bool isSilent = false;
-  if (isSilent) return std::nullopt;
-  const auto read = [path = procPath(processID, "root/.flatpak-info")] {
-    return posix::readRegularFile(path, kLargestFile);
-  };
-  const auto text = posix::within(kPatience, read);
-  isSilent = !text;
-  return text.value_or(std::nullopt);
+  constexpr std::size_t kLargestTable = std::size_t{1} << 20U;
+  const auto mounts = posix::readRegularFile(procPath(processID, "mountinfo"), kLargestTable);
+  if (!mounts || !isFlatpaksMountTable(*mounts)) return std::nullopt;
+  return posix::readRegularFile(procPath(processID, "root/.flatpak-info"), kLargestFile);
 }
 
 /// What Flatpak has written into the sandbox of a process (flatpak-metadata(5)).
@@ -78,7 +72,42 @@ std::string applicationOfOneUnit(std::string_view unit) {
   return unescaped(unit.substr(unit.rfind('-') + 1));
 }
 
+/// The next word, taken from the text.
+std::string_view takeUntil(char end, std::string_view& text) {
+  const auto word = text.substr(0, text.find(end));
+  text.remove_prefix(std::min(word.size() + 1, text.size()));
+  return word;
+}
+
+struct Mount {
+  std::string_view place = {};
+  std::string_view type = {};  ///< of its file system
+};
+
+/// A line of the table: ID PARENT DEVICE ROOT PLACE OPTIONS [FIELD...] - TYPE SOURCE OPTIONS.
+Mount mountOf(std::string_view line) {
+  constexpr int kBeforePlace = 4;
+  constexpr std::string_view kSeparator = " - ";
+  for (int field = 0; field < kBeforePlace; ++field) takeUntil(' ', line);
+  const auto place = takeUntil(' ', line);
+  const auto separator = line.find(kSeparator);
+  if (separator == std::string_view::npos) return {.place = place};
+  line.remove_prefix(separator + kSeparator.size());
+  return {.place = place, .type = takeUntil(' ', line)};
+}
+
 }  // namespace
+
+bool isFlatpaksMountTable(std::string_view mountInfo) {
+  bool rootIsInMemory = false, fileIsInMemory = false;
+  while (!mountInfo.empty()) {
+    const auto [place, type] = mountOf(takeUntil('\n', mountInfo));
+    const bool isInMemory = type == "tmpfs";
+    if (place == "/") rootIsInMemory = isInMemory;
+    if (place == "/.flatpak-info") fileIsInMemory = isInMemory;
+  }
+  return rootIsInMemory && fileIsInMemory;
+}
 
 std::string applicationOfUnit(std::string_view controlGroups) {
   std::string application;

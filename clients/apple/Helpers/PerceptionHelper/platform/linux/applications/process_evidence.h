@@ -11,6 +11,10 @@ namespace tavik::platform::applications {
 /// The application's name by its Flatpak sandbox. Valid UTF-8.
 std::string flatpakID(std::int32_t processID);
 
+/// True where `mountInfo`, the text of /proc/PID/mountinfo (proc(5)), is that of a Flatpak sandbox: the root, and on it
+/// the file that says what runs there, are file systems in memory. Of mounts in one place the last counts.
+bool isFlatpaksMountTable(std::string_view mountInfo);
+
 /// Which run of a Flatpak application the process belongs to: its own processes, and the proxy through which they reach
 /// D-Bus, have it in common, and nobody else has. Valid UTF-8.
 std::string flatpakInstance(std::int32_t processID);
