@@ -10,6 +10,7 @@
 #include "capture/scaled_size.h"
 #include "capture/select_surface.h"
 #include "fake/fake_platform.h"
+#include "table.h"
 
 namespace tavik {
 namespace {
@@ -24,12 +25,7 @@ TEST(Base64, FollowsTheStandardsVectors) {  // RFC 4648, section 10
 }
 
 TEST(EncodeImageDataURL, ScalesAndChoosesContainerAndQuality) {
-  const struct Case {
-    std::string reason;
-    platform::PixelSize size;
-    std::int64_t longEdgePx;
-    std::string format, file;
-  } cases[] = {
+  const Table<platform::PixelSize, std::int64_t, std::string, std::string> cases{
       {"no limit", {5000, 3000}, 0, "png", "png 5000x3000"},
       {"never enlarges", {10, 20}, 800, "png", "png 10x20"},
       {"truncates the short side", {1512, 982}, 800, "png", "png 800x519"},
@@ -69,9 +65,7 @@ std::string chosen(const SurfaceRequest& request, const std::vector<Window>& win
   }
   const auto& [filter, configuration, decidedBy] = std::get<Surface>(result);
   EXPECT_EQ(decidedBy, request.target == Target::focused_element ? frontmost : nullptr);
-  EXPECT_FALSE(configuration.showsCursor);
-  EXPECT_EQ(configuration.queueDepth, 1);
-  EXPECT_EQ(filter.display.displayID, 1U);
+  EXPECT_TRUE(!configuration.showsCursor && configuration.queueDepth == 1 && filter.display.displayID == 1);
   std::ostringstream text;
   if (const auto& one = filter.includedWindow) text << "window " << one->windowID << " ";
   text << configuration.width << "x" << configuration.height;
@@ -89,26 +83,21 @@ TEST(SelectSurface, ChoosesTheApplicationsWindow) {
   const Window above = window(1, kApp, huge, true, 25), below = window(3, kApp, huge, true, -1);
   const Window minimized = window(1, kApp, huge, false), least = window(2, kApp, small);
   const Window middle = window(2, kApp, {0, 0, 200, 200});
-  const struct Case {
-    std::string reason;
-    std::vector<Window> windows;
-    std::string expected;
-  } cases[] = {
-      {"none of this process", {other, nobodys}, "error 2"},
-      {"the size truncates", {other, window(2, kApp, large)}, "window 2 1000x600"},
-      {"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
-      {"a small one beats larger ones on other layers", {above, least, below}, "window 2 100x100"},
-      {"and a larger minimized one", {minimized, least}, "window 2 100x100"},
-      {"just too small to be preferred", {window(1, kApp, narrow), least}, "window 2 100x100"},
-      {"nor high enough", {window(1, kApp, flat), least}, "window 2 100x100"},
-      {"the largest is not the widest", {window(1, kApp, {0, 0, 300, 100}), middle}, "window 2 200x200"},
-      {"nor the highest", {window(1, kApp, {0, 0, 100, 300}), middle}, "window 2 200x200"},
-      {"none preferred: the largest", {window(1, kApp, tiny), window(2, kApp, wide)}, "window 2 60x50"},
-      {"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
-      {"minimized", {window(2, kApp, tiny), minimized}, "error 3"},
-      {"no integer form", {window(1, kApp, infinite)}, "error 4"},
-  };
-  for (const auto& [reason, windows, expected] : cases) {
+  for (const auto& [reason, windows, expected] : Table<std::vector<Window>, std::string>{
+           {"none of this process", {other, nobodys}, "error 2"},
+           {"the size truncates", {other, window(2, kApp, large)}, "window 2 1000x600"},
+           {"the largest", {window(1, kApp, small), window(2, kApp, large)}, "window 2 1000x600"},
+           {"a small one beats larger ones on other layers", {above, least, below}, "window 2 100x100"},
+           {"and a larger minimized one", {minimized, least}, "window 2 100x100"},
+           {"just too small to be preferred", {window(1, kApp, narrow), least}, "window 2 100x100"},
+           {"nor high enough", {window(1, kApp, flat), least}, "window 2 100x100"},
+           {"the largest is not the widest", {window(1, kApp, {0, 0, 300, 100}), middle}, "window 2 200x200"},
+           {"nor the highest", {window(1, kApp, {0, 0, 100, 300}), middle}, "window 2 200x200"},
+           {"none preferred: the largest", {window(1, kApp, tiny), window(2, kApp, wide)}, "window 2 60x50"},
+           {"the first of equals", {window(1, kApp, small), least}, "window 1 100x100"},
+           {"minimized", {window(2, kApp, tiny), minimized}, "error 3"},
+           {"no integer form", {window(1, kApp, infinite)}, "error 4"},
+       }) {
     EXPECT_EQ(chosen({.target = Target::app, .targetApp = kTargetApp}, windows), expected) << reason;
   }
   EXPECT_EQ(chosen({.target = Target::app}, {window(1, kApp, large)}), "error 2") << "no application";

@@ -1,5 +1,6 @@
 #include <chrono>
-#include <fstream>
+#include <regex>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -10,33 +11,29 @@
 #include "policy/load_sensitive_apps_config.h"
 #include "policy/parse_sensitive_apps_yaml.h"
 #include "policy/sensitive_app_match.h"
+#include "table.h"
 
 namespace tavik {
 namespace {
 
 TEST(FnmatchSimple, CoversTheWholeCandidate) {
-  const struct Case {
-    std::string pattern, candidate;
-    bool matches;
-    std::string reason;
-  } cases[] = {
-      {"com.apple.Safari", "com.apple.safari", false, "case"},
-      {"com.apple.Safari", "com.apple.Safari.beta", false, "whole candidate"},
-      {"com.apple.*", "com.apple.", true, "the star matches nothing"},
-      {"com.apple.*", "com.applexSafari", false, "the dot is literal"},
-      {"*ab*b?a**", "xabcbxbca", true, "the last star gives way, not the first"},
-      {"a*ab", "aab-ab-b", false, "and end where the candidate does"},
-      {"*b?", "ab", false, "a question mark wants something"},
-      {"a\\*", "a\\bc", true, "a backslash escapes nothing"},
-      {"?", "\u00e9", true, "one code point of two bytes"},
-      {"?", "e\u0301", false, "two code points that look like one character"},
-      {"*??b*", "\u20acbx", false, "a star begins at no byte within a code point"},
-      {"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
-      {"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
-      {"a*\u0301", "a*\u0301", true, "indeed itself"},
-      {"?\u0301", "e\u0301", false, "and so is a question mark"},
-  };
-  for (const auto& [pattern, candidate, matches, reason] : cases) {
+  for (const auto& [pattern, candidate, matches, reason] : Table<std::string, bool, std::string>{
+           {"com.apple.Safari", "com.apple.safari", false, "case"},
+           {"com.apple.Safari", "com.apple.Safari.beta", false, "whole candidate"},
+           {"com.apple.*", "com.apple.", true, "the star matches nothing"},
+           {"com.apple.*", "com.applexSafari", false, "the dot is literal"},
+           {"*ab*b?a**", "xabcbxbca", true, "the last star gives way, not the first"},
+           {"a*ab", "aab-ab-b", false, "and end where the candidate does"},
+           {"*b?", "ab", false, "a question mark wants something"},
+           {"a\\*", "a\\bc", true, "a backslash escapes nothing"},
+           {"?", "\u00e9", true, "one code point of two bytes"},
+           {"?", "e\u0301", false, "two code points that look like one character"},
+           {"*??b*", "\u20acbx", false, "a star begins at no byte within a code point"},
+           {"e*", "e\u0301", true, "a star may begin inside a character of the candidate"},
+           {"a*\u0301", "axx\u0301", false, "a star with an accent is itself, not a wildcard"},
+           {"a*\u0301", "a*\u0301", true, "indeed itself"},
+           {"?\u0301", "e\u0301", false, "and so is a question mark"},
+       }) {
     EXPECT_EQ(fnmatchSimple({.pattern = pattern, .candidate = candidate}), matches)
         << pattern << " against " << candidate << " " << reason;
   }
@@ -60,27 +57,23 @@ TEST(SensitiveAppMatch, TriesEveryPatternOnEveryIdentifier) {
 
 TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
   const std::string apps = "bundle_id_blocklist:\n";
-  const struct Case {
-    std::string reason, text;
-    std::vector<std::string> bundleIds;
-  } cases[] = {
-      {"CR LF ends no line", apps + "- a\r\n- b\n", {"a\r\n- b"}},
-      {"a lone CR neither, and is not trimmed", apps + "- a\rb\n- c\r", {"a\rb", "c\r"}},
-      {"indentation means nothing", "  bundle_id_blocklist \u00a0: \n\t-   a \u3000\n", {"a"}},
-      {"another case closes the section", apps + "- a\nBundle_Id_Blocklist:\n- b\n", {"a"}},
-      {"an unknown header closes it", apps + "- a\nother:\n- b\n", {"a"}},
-      {"an unknown key with a value does not", apps + "- a\nother: x\n- b\n", {"a", "b"}},
-      {"an item with a colon at its end is a header", apps + "- a:\n- b\n", {}},
-      {"a comment with one is a comment", apps + "# x:\n- b\n", {"b"}},
-      {"a hyphen wants a blank", apps + "-a\n-\tb\n-\n- \n- c\n", {"c"}},
-      {"a trailing comment is text", apps + "- a # b\n", {"a # b"}},
-      {"one pair of quotes goes", apps + "- \" a \"\n- ''\n- \"'b'\"\n", {" a ", "'b'"}},
-      {"what is no pair stays", apps + "- \"\n- \"a'\n", {"\"", "\"a'"}},
-      {"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
-      {"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
-      {"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
-  };
-  for (const auto& [reason, text, bundleIds] : cases) {
+  for (const auto& [reason, text, bundleIds] : Table<std::string, std::vector<std::string>>{
+           {"CR LF ends no line", apps + "- a\r\n- b\n", {"a\r\n- b"}},
+           {"a lone CR neither, and is not trimmed", apps + "- a\rb\n- c\r", {"a\rb", "c\r"}},
+           {"indentation means nothing", "  bundle_id_blocklist \u00a0: \n\t-   a \u3000\n", {"a"}},
+           {"another case closes the section", apps + "- a\nBundle_Id_Blocklist:\n- b\n", {"a"}},
+           {"an unknown header closes it", apps + "- a\nother:\n- b\n", {"a"}},
+           {"an unknown key with a value does not", apps + "- a\nother: x\n- b\n", {"a", "b"}},
+           {"an item with a colon at its end is a header", apps + "- a:\n- b\n", {}},
+           {"a comment with one is a comment", apps + "# x:\n- b\n", {"b"}},
+           {"a hyphen wants a blank", apps + "-a\n-\tb\n-\n- \n- c\n", {"c"}},
+           {"a trailing comment is text", apps + "- a # b\n", {"a # b"}},
+           {"one pair of quotes goes", apps + "- \" a \"\n- ''\n- \"'b'\"\n", {" a ", "'b'"}},
+           {"what is no pair stays", apps + "- \"\n- \"a'\n", {"\"", "\"a'"}},
+           {"a section may come back", apps + "- a\nx:\n- b\n" + apps + "- c\n", {"a", "c"}},
+           {"a mark makes other signs", apps + "-\u0301 a\n- b:\u0301\n", {"b:\u0301"}},
+           {"also another quote", apps + "- \"c\"\u0301\n", {"\"c\"\u0301"}},
+       }) {
     EXPECT_EQ(parseSensitiveAppsYAML(text), SensitiveAppsConfig{.bundleIdBlocklist = bundleIds}) << reason;
   }
   EXPECT_EQ(parseSensitiveAppsYAML("ax_role_text_blocklist:\n- R\n- R\nbundle_id_blocklist:\n- b\n- a\n- b"),
@@ -89,16 +82,14 @@ TEST(ParseSensitiveAppsYAML, ReadsItsTwoListsAndSkipsTheRest) {
 }
 
 TEST(DeliveredPolicy, HasNoLineThatTheReaderSkips) {
-  std::ifstream file(DELIVERED_POLICY);
-  std::string text;
+  std::istringstream lines{std::string(deliveredPolicy())};
   std::size_t items = 0;
-  for (std::string line; std::getline(file, line); text += line + "\n") {
-    const auto start = line.find_first_not_of(" \t");
-    if (start == std::string::npos || line[start] == '#' || line.back() == ':') continue;
+  for (std::string line; std::getline(lines, line);) {
+    if (std::regex_match(line, std::regex(R"(\s*(#.*)?|.*:)"))) continue;
     EXPECT_EQ(line.find('#'), std::string::npos) << "a comment after an item is part of it: " << line;
     ++items;
   }
-  const auto policy = parseSensitiveAppsYAML(text);
+  const auto policy = parseSensitiveAppsYAML(deliveredPolicy());
   EXPECT_TRUE(policy.axRoleTextBlocklist.contains("AXSecureTextField"));
   EXPECT_GT(policy.bundleIdBlocklist.size(), 20U);
   EXPECT_EQ(policy.bundleIdBlocklist.size() + policy.axRoleTextBlocklist.size(), items);
@@ -121,23 +112,16 @@ std::optional<std::string> policyOf(const std::string& item) { return "bundle_id
 TEST(LoadSensitiveAppsConfig, TakesTheFirstFileThatReads) {
   using Text = std::optional<std::string>;
   const auto delivered = parseSensitiveAppsYAML(deliveredPolicy());
-  EXPECT_GT(delivered.bundleIdBlocklist.size(), 20U);
-  const struct Case {
-    std::string reason;
-    Text variable;
-    fake::Map<Text> files;
-    std::vector<std::string> expected;
-  } cases[] = {
-      {"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
-      {"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
-      {"an empty file is a policy", "v", {{"v", ""}, {kDefaultPath, policyOf("d")}}, {}},
-      {"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
-      {"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
-      {"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
-      {"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
-      {"nothing reads: what is compiled in", "v", {{"/r", std::nullopt}}, delivered.bundleIdBlocklist},
-  };
-  for (const auto& [reason, variable, files, expected] : cases) {
+  for (const auto& [reason, variable, files, expected] : Table<Text, fake::Map<Text>, std::vector<std::string>>{
+           {"the variable's file alone", "v", {{"v", policyOf("v")}, {kDefaultPath, policyOf("d")}}, {"v"}},
+           {"no such file", "v", {{kDefaultPath, policyOf("d")}}, {"d"}},
+           {"an empty file is a policy", "v", {{"v", ""}, {kDefaultPath, policyOf("d")}}, {}},
+           {"a directory, or not UTF-8", "v", {{"v", std::nullopt}, {kDefaultPath, policyOf("d")}}, {"d"}},
+           {"an empty variable names nothing", "", {{"", policyOf("?")}, {"/r", policyOf("r")}}, {"r"}},
+           {"unset, no default: the resource", std::nullopt, {{"/r", policyOf("r")}}, {"r"}},
+           {"the default does not read", {}, {{kDefaultPath, {}}, {"/r", policyOf("r")}}, {"r"}},
+           {"nothing reads: what is compiled in", "v", {{"/r", std::nullopt}}, delivered.bundleIdBlocklist},
+       }) {
     fake::FakeDesktop desktop{.files = files, .resources = {{"perception-sensitive-apps.yaml", "/r"}}};
     if (variable) desktop.environment["TAVIK_PERCEPTION_CONFIG"] = *variable;
     const auto platform = fake::makePlatform(desktop);

@@ -8,6 +8,7 @@
 #include "protocol/decode_request.h"
 #include "protocol/read_request.h"
 #include "protocol/write_response.h"
+#include "table.h"
 
 namespace tavik {
 namespace {
@@ -29,15 +30,12 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
       "app_name":" x ","allow_focus_steal":false})";
   const Request everything{
       Level::pixel_perfect, Target::region, Region{-1, 2, 3, 4}, true, false, true, -7, "PNG", "a.b", " x ", false};
-  const struct Case {
-    std::string reason, json;
-    Request expected;
-  } cases[] = {
+  const Table<std::string, Request> cases{
       {"nothing", "{}", {}},
       {"all of them", all, everything},
       {"null is absent", R"({"level":null,"region":null,"target":"screen"})", {.target = Target::screen}},
       {"other keys are ignored", R"({"Level":"READ","x":[{}],"appName":"y","target":"app"})", {.target = Target::app}},
-      {"also with a huge exponent", R"({"x":[-1e-99999999999,"1e-9"],"format":"\"0.5"})", {.format = "\"0.5"}},
+      {"also with a huge exponent", R"({"x":[-1e-99999999999999999999,"1e-9"],"format":"\"0.5"})", {.format = "\"0.5"}},
       {"a whole number, however written", R"({"max_long_edge_px":0.80E+003})", {.max_long_edge_px = 800}},
       {"nothing is nothing", R"({"max_long_edge_px":-0.0e-99999999999})", {.max_long_edge_px = 0}},
       {"also a region's", R"({"region":{"h":1,"w":2,"y":3,"x":4,"z":"?"}})", {.region = Region{4, 3, 2, 1}}},
@@ -54,9 +52,7 @@ TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
 TEST(DecodeRequest, SaysWhatIsWrongAndWhere) {
   const std::string fraction = "a fraction or a larger number";
   const std::string whole = "expected a whole number of the signed 64-bit range, found ";
-  const struct Case {
-    std::string json, expected;
-  } cases[] = {
+  const Table<std::string> cases{
       {R"({"level":" read"})", R"(level: " read" is not one of auto, ax_only, glance, read, pixel_perfect)"},
       {R"({"level":"READ"})", R"(level: "READ" is not one of auto, ax_only, glance, read, pixel_perfect)"},
       {R"({"region":[1,2,3,4]})", "region: expected an object, found an array"},
@@ -107,18 +103,14 @@ TEST(ReadRequest, PutsOneShortLineOnStandardErrorForAFailureAndNothingElse) {
   for (int i = 0; i < 10'000; ++i) marks += "\u0301";
   const std::string controls = R"({"include_image":"a\nb\u001b[2J\u0000\u202e\u2028\u2029\ue000"})";
   const std::string spelledOut = "\"a\\u{A}b\\u{1B}[2J\\u{0}\\u{202E}\\u{2028}\\u{2029}\\u{E000}\"\n";
-  const struct Case {
-    std::string reason, input, end;
-  } cases[] = {
-      {"no input", "", ""},
-      {"what is quoted is cut", R"({"level":")" + std::string(1'000'000, 'x') + "\"}", "perfect\n"},
-      {"one endless character is cut too", R"({"include_image":"x)" + marks + "\"}", "\u0301\u2026\"\n"},
-      {"control characters are spelled out", controls, spelledOut},
-  };
-  for (const auto& [reason, input, end] : cases) {
+  for (const auto& [reason, input, end] : Table<std::string, std::string>{
+           {"no input", "", ""},
+           {"what is quoted is cut", R"({"level":")" + std::string(1'000'000, 'x') + "\"}", "perfect\n"},
+           {"one endless character is cut too", R"({"include_image":"x)" + marks + "\"}", "\u0301\u2026\"\n"},
+           {"control characters are spelled out", controls, spelledOut},
+       }) {
     fake::FakeDesktop desktop{.input = input};
-    EXPECT_EQ(readRequest(*fake::makePlatform(desktop).streams), Request{}) << reason;
-    EXPECT_EQ(desktop.output, "") << reason;
+    EXPECT_TRUE(readRequest(*fake::makePlatform(desktop).streams) == Request{} && desktop.output.empty()) << reason;
     EXPECT_EQ(desktop.error.starts_with("[tavik-perception-helper] decode error: "), !end.empty()) << reason;
     EXPECT_TRUE(desktop.error.ends_with(end)) << reason << ": " << desktop.error;
     EXPECT_EQ(std::ranges::count(desktop.error, '\n'), end.empty() ? 0 : 1) << reason;
@@ -131,19 +123,14 @@ TEST(WriteResponse, IsOneLineOfCompactJSONOrTheFallback) {
   const std::string longText(100'000, 'x');
   const ResponseDictionary all{{"text", "\u00e9 \"\\\n\u0001 /"}, {"null", nullptr}, {"list", {1, true, "x", 2.5}}};
   const std::string fallback = R"({"ok": false, "code": "helper_serialize_failed"})";
-  const struct Case {
-    std::string reason;
-    ResponseDictionary response;
-    std::string line;
-  } cases[] = {
-      {"more than a pipe holds", {{"text", longText}}, R"({"text":")" + longText + R"("})"},
-      {"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
-      {"no number", {{"number", kNan}}, fallback},
-      {"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},
-      {"no UTF-8", {{"text", "\xFF"}}, fallback},
-      {"nor in a name", {{"\xC0\x80", 1}}, fallback},
-  };
-  for (const auto& [reason, response, line] : cases) {
+  for (const auto& [reason, response, line] : Table<ResponseDictionary, std::string>{
+           {"more than a pipe holds", {{"text", longText}}, R"({"text":")" + longText + R"("})"},
+           {"all kinds", all, R"({"text":"é \"\\\n\u0001 /","null":null,"list":[1,true,"x",2.5E0]})"},
+           {"no number", {{"number", kNan}}, fallback},
+           {"infinite, deep inside", {{"deep", {{{"number", -kInfinity}}}}}, fallback},
+           {"no UTF-8", {{"text", "\xFF"}}, fallback},
+           {"nor in a name", {{"\xC0\x80", 1}}, fallback},
+       }) {
     fake::FakeDesktop desktop;
     writeResponse(response, *fake::makePlatform(desktop).streams);
     EXPECT_EQ(desktop.output, line + "\n") << reason;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fake/fake_platform.h"
+#include "table.h"
 #include "target/capture_context.h"
 #include "target/resolve_target_app.h"
 
@@ -14,34 +15,30 @@ using platform::ActivationPolicy;
 using std::nullopt;
 
 TEST(ResolveTargetApp, PrefersTheIdentifierAndFallsBackOnTheName) {
-  fake::FakeDesktop desktop{.applications = {
-                                application(1, "org.agent", "Agent", ActivationPolicy::accessory),
-                                application(2, "org.two", "Two Helper", ActivationPolicy::prohibited),
-                                application(3, "org.two", "Two"),
-                                application(4, "org.two", "Two"),
-                                application(5, "org.safari", "Safari"),
-                                application(6, nullopt, "Caf\u00e9 "),
-                                application(7, "", nullopt),
-                                application(8, "org.blank", ""),
-                            }};
+  using enum ActivationPolicy;
+  fake::FakeDesktop desktop;
+  desktop.applications = {application(1, "org.agent", "Agent", accessory),
+                          application(2, "org.two", "Two Helper", prohibited),
+                          application(3, "org.two", "Two"),
+                          application(4, "org.two", "Two"),
+                          application(5, "org.safari", "Safari"),
+                          application(6, nullopt, "Caf\u00e9 "),
+                          application(7, "", nullopt),
+                          application(8, "org.blank", ""),
+                          application(9, "org.agent", nullopt, accessory)};
   const auto platform = fake::makePlatform(desktop);
-  const struct Case {
-    std::string reason;
-    AppIdentifiers identifiers;
-    int pid;
-  } cases[] = {
-      {"blank is nothing", {.bundleId = " \n", .name = "\t"}, 0},
-      {"blanks around the identifier", {.bundleId = " \u00a0org.safari\n"}, 5},
-      {"no folding of the identifier", {.bundleId = "org.Safari"}, 0},
-      {"one that matches nothing leaves it to the name", {.bundleId = "org.none", .name = "two"}, 3},
-      {"one that matches decides alone", {.bundleId = "org.agent", .name = "Safari"}, 1},
-      {"the first regular instance before others", {.bundleId = "org.two"}, 3},
-      {"letter case and blanks of the name", {.name = " SAFARI\r\n"}, 5},
-      {"no part of a name", {.name = "Saf"}, 0},
-      {"the application's own name is not trimmed", {.name = "cafe\u0301"}, 0},
-      {"accessories have no name", {.name = "Agent"}, 0},
-  };
-  for (const auto& [reason, identifiers, pid] : cases) {
+  for (const auto& [reason, identifiers, pid] : Table<AppIdentifiers, int>{
+           {"blank is nothing", {.bundleId = " \n", .name = "\t"}, 0},
+           {"blanks around the identifier", {.bundleId = " \u00a0org.safari\n"}, 5},
+           {"no folding of the identifier", {.bundleId = "org.Safari"}, 0},
+           {"one that matches nothing leaves it to the name", {.bundleId = "org.none", .name = "two"}, 3},
+           {"one that matches decides alone", {.bundleId = "org.agent", .name = "Safari"}, 1},
+           {"the first regular instance before others", {.bundleId = "org.two"}, 3},
+           {"letter case and blanks of the name", {.name = " SAFARI\r\n"}, 5},
+           {"no part of a name", {.name = "Saf"}, 0},
+           {"the application's own name is not trimmed", {.name = "cafe\u0301"}, 0},
+           {"accessories have no name", {.name = "Agent"}, 0},
+       }) {
     const auto found = resolveTargetApp(identifiers, *platform.workspace);
     EXPECT_EQ(found ? found->app->processIdentifier() : 0, pid) << reason;
   }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <utf8proc.h>
 
+#include "table.h"
 #include "text/caseless_equal.h"
 #include "text/grapheme_clusters.h"
 #include "text/trimming.h"
@@ -66,16 +67,13 @@ TEST(GraphemeClusters, StandOnTheirOwnWhereTextIsNotUTF8) {
 
 TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
   const std::string r = "\xEF\xBF\xBD";
-  const struct Case {
-    std::string reason, bytes, valid;
-  } cases[] = {
-      {"all lengths, and NUL", "\u00e9\u20ac\U0001F600\0b"s, "\u00e9\u20ac\U0001F600\0b"s},
-      {"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
-      {"a stray byte as the eighth", "1234567\xFFz", "1234567" + r + "z"},
-      {"surrogate", "\xED\xA0\x80", r + r + r},
-      {"cut at the end", "ok\xE2\x82", "ok" + r + r},
-  };
-  for (const auto& [reason, bytes, valid] : cases) {
+  for (const auto& [reason, bytes, valid] : Table<std::string, std::string>{
+           {"all lengths, and NUL", "\u00e9\u20ac\U0001F600\0b"s, "\u00e9\u20ac\U0001F600\0b"s},
+           {"a stray byte after eight good ones", "12345678\xFFz", "12345678" + r + "z"},
+           {"a stray byte as the eighth", "1234567\xFFz", "1234567" + r + "z"},
+           {"surrogate", "\xED\xA0\x80", r + r + r},
+           {"cut at the end", "ok\xE2\x82", "ok" + r + r},
+       }) {
     EXPECT_EQ(toValidUTF8(bytes), valid) << reason;
     EXPECT_EQ(isValidUTF8(bytes), bytes == valid) << reason;
   }
@@ -83,38 +81,31 @@ TEST(UTF8, ReplacesOnlyWhatIsIllFormed) {
 
 TEST(Trimming, TakesTheCharactersOfItsSetFromBothEndsOnly) {
   const std::string ends = "\n\v\f\r\u0085\u2028\u2029";
-  const struct Case {
-    std::string reason, text, ofWhitespace, ofWhitespaceAndNewlines;
-  } cases[] = {
-      {"blanks and tabs", " \t a b\t ", "a b", "a b"},
-      {"every kind of space separator", "\u00a0\u1680\u2000\u200a\u202f\u205f\u3000x\u3000", "x", "x"},
-      {"line ends of the larger set", ends + "x" + ends, ends + "x" + ends, "x"},
-      {"zero-width space is no space", "\u200bx\u200b", "\u200bx\u200b", "\u200bx\u200b"},
-      {"nothing remains", " \t\u3000", "", ""},
-      {"bytes that are not UTF-8 stay", " \xFF\x80 ", "\xFF\x80", "\xFF\x80"},
-      {"nor does the blank before one go", "a \x80", "a \x80", "a \x80"},
-  };
-  for (const auto& [reason, text, ofWhitespace, ofWhitespaceAndNewlines] : cases) {
+  for (const auto& [reason, text, ofWhitespace, ofWhitespaceAndNewlines] : Table<std::string, std::string, std::string>{
+           {"blanks and tabs", " \t a b\t ", "a b", "a b"},
+           {"every kind of space separator", "\u00a0\u1680\u2000\u200a\u202f\u205f\u3000x\u3000", "x", "x"},
+           {"line ends of the larger set", ends + "x" + ends, ends + "x" + ends, "x"},
+           {"zero-width space is no space", "\u200bx\u200b", "\u200bx\u200b", "\u200bx\u200b"},
+           {"nothing remains", " \t\u3000", "", ""},
+           {"bytes that are not UTF-8 stay", " \xFF\x80 ", "\xFF\x80", "\xFF\x80"},
+           {"nor does the blank before one go", "a \x80", "a \x80", "a \x80"},
+       }) {
     EXPECT_EQ(trimmedOfWhitespace(text), ofWhitespace) << reason;
     EXPECT_EQ(trimmedOfWhitespaceAndNewlines(text), ofWhitespaceAndNewlines) << reason;
   }
 }
 
 TEST(CaselessEqual, FoldsCaseUnderCanonicalEquivalence) {
-  const struct Case {
-    std::string reason, left, right;
-    bool equal;
-  } cases[] = {
-      {"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
-      {"no diacritic folding", "Cafe", "Caf\u00e9", false},
-      {"folds that change the length", "Stra\u00dfe", "STRASSE", true},
-      {"marks in another order", "a\u0327\u0301", "A\u0301\u0327", true},
-      {"marks of one class keep their order", "a\u0301\u0300", "a\u0300\u0301", false},
-      {"ypogegrammeni, which folds to a letter", "\u1fb3\u0301", "\u0391\u0301\u0345", true},
-      {"no compatibility folding", "\u2460", "1", false},
-      {"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
-  };
-  for (const auto& [reason, left, right, equal] : cases) {
+  for (const auto& [reason, left, right, equal] : Table<std::string, std::string, bool>{
+           {"composed and decomposed", "Caf\u00e9", "CAFE\u0301", true},
+           {"no diacritic folding", "Cafe", "Caf\u00e9", false},
+           {"folds that change the length", "Stra\u00dfe", "STRASSE", true},
+           {"marks in another order", "a\u0327\u0301", "A\u0301\u0327", true},
+           {"marks of one class keep their order", "a\u0301\u0300", "a\u0300\u0301", false},
+           {"ypogegrammeni, which folds to a letter", "\u1fb3\u0301", "\u0391\u0301\u0345", true},
+           {"no compatibility folding", "\u2460", "1", false},
+           {"not UTF-8, though the bytes are the same", "\xFF", "\xFF", false},
+       }) {
     EXPECT_TRUE(caselessEqual(left, right) == equal && caselessEqual(right, left) == equal) << reason;
   }
 }
