@@ -27,7 +27,7 @@ struct FakeApplication final : RunningApplication {
   std::int32_t processIdentifier() override { return pid; }
   Text bundleIdentifier() override { return identifier; }
   std::vector<std::string> bundleIdentifiers() override {
-    return identifier ? std::vector{*identifier} : std::vector<std::string>();
+    return std::vector(identifier ? 1U : 0U, identifier.value_or(""));
   }
   Text localizedName() override { return name; }
   ActivationPolicy activationPolicy() override { return policy; }
@@ -54,34 +54,31 @@ struct Fake : Interface {
   FakeDesktop& desktop;
   explicit Fake(FakeDesktop& d) : desktop(d) {}
   void note(std::string call) const { desktop.calls.push_back(std::move(call)); }
+  template <class Value>
+  Value noted(const char* call, Value value) const {
+    return note(call), value;
+  }
 };
 
 struct FakeHost final : Fake<Host> {
   using Fake::Fake;
   Text environmentVariable(std::string_view name) const override {
-    note("environmentVariable");
-    return lookUp(desktop.environment, name);
+    return noted("environmentVariable", lookUp(desktop.environment, name));
   }
   std::string userName() const override { return "ada"; }
   bool fileExists(const std::string& path) const override { return desktop.files.contains(path); }
-  Text readUTF8File(const std::string& path) const override {
-    return lookUp(desktop.files, path).value_or(std::nullopt);
-  }
+  Text readUTF8File(const std::string& path) const override { return desktop.files.at(path); }
   Text pathForResource(std::string_view name, std::string_view type) const override {
     return lookUp(desktop.resources, std::string(name) + "." + std::string(type));
   }
   std::chrono::system_clock::time_point currentDate() const override {
-    note("currentDate");
-    return desktop.date.value();
+    return noted("currentDate", desktop.date.value());
   }
 };
 
 struct FakeStreams final : Fake<StandardStreams> {
   using Fake::Fake;
-  std::string readInputToEnd() override {
-    note("readInputToEnd");
-    return desktop.input;
-  }
+  std::string readInputToEnd() override { return noted("readInputToEnd", desktop.input); }
   void writeOutput(std::string_view bytes) override { desktop.output += bytes; }
   void writeError(std::string_view bytes) override { desktop.error += bytes; }
   void setLastResort(std::string_view output) override { desktop.lastResort = output; }
@@ -89,10 +86,7 @@ struct FakeStreams final : Fake<StandardStreams> {
 
 struct FakeWorkspace final : Fake<Workspace> {
   using Fake::Fake;
-  Applications runningApplications() override {
-    note("runningApplications");
-    return desktop.applications;
-  }
+  Applications runningApplications() override { return noted("runningApplications", desktop.applications); }
   Applications runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
     note("runningApplicationsWithBundleIdentifier");
     auto matching = desktop.applications;
@@ -101,22 +95,16 @@ struct FakeWorkspace final : Fake<Workspace> {
   }
   RunningApplicationRef frontmostApplication() override {
     note("frontmostApplication");
-    const auto count = std::ranges::count(desktop.calls, "frontmostApplication");
-    if (count == desktop.switchesAt) desktop.frontmost = desktop.applications.back();
+    const auto count = static_cast<int>(std::ranges::count(desktop.calls, "frontmostApplication"));
+    if (desktop.switchesAt.contains(count)) desktop.frontmost.swap(desktop.applications.back());
     return desktop.frontmost;
   }
-  std::optional<Screen> mainScreen() override {
-    note("mainScreen");
-    return desktop.screen;
-  }
+  std::optional<Screen> mainScreen() override { return noted("mainScreen", desktop.screen); }
 };
 
 struct FakeAccessibility final : Fake<Accessibility> {
   using Fake::Fake;
-  bool isProcessTrusted() override {
-    note("isProcessTrusted");
-    return desktop.isTrusted;
-  }
+  bool isProcessTrusted() override { return noted("isProcessTrusted", desktop.isTrusted); }
   UIElementRef createApplication(std::int32_t processIdentifier) override {
     note("createApplication");
     return lookUp(desktop.applicationElements, processIdentifier).value_or(element({}));
@@ -128,10 +116,7 @@ struct FakeAccessibility final : Fake<Accessibility> {
 
 struct FakeScreenCapture final : Fake<ScreenCapture> {
   using Fake::Fake;
-  bool preflightScreenCaptureAccess() override {
-    note("preflight");
-    return desktop.mayRecordScreen;
-  }
+  bool preflightScreenCaptureAccess() override { return noted("preflight", desktop.mayRecordScreen); }
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> handler) override {
     note("shareableContent");

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,7 @@ platform::ImageRef image(platform::PixelSize size);
 /// desktop, with every permission given.
 struct FakeDesktop {
   Map<std::string> environment = {};
-  Map<std::optional<std::string>> files = {};  ///< nothing where reading fails
+  Map<std::optional<std::string>> files = {};  ///< nothing where reading fails; one that is not there is not to be read
   Map<std::string> resources = {};             ///< paths by "name.type"
   std::optional<std::chrono::system_clock::time_point> date = std::chrono::system_clock::time_point();  ///< else throws
 
@@ -52,8 +53,8 @@ struct FakeDesktop {
 
   std::vector<platform::RunningApplicationRef> applications = {};
   platform::RunningApplicationRef frontmost = {};
-  int switchesAt =
-      0;  ///< at this question for the frontmost application, the last of `applications` comes to the front
+  /// At each of these questions for the frontmost application, it and the last of `applications` change places.
+  std::set<int> switchesAt = {};
   std::optional<platform::Screen> screen = {};
 
   bool isTrusted = true;
