@@ -6,6 +6,7 @@
 #include "platform/linux/dbus/bus.h"
 #include "platform/linux/dbus/patience.h"
 #include "platform/posix/run_time.h"
+#include "table.h"
 
 namespace tavik::platform::dbus {
 namespace {
@@ -13,9 +14,7 @@ namespace {
 using std::chrono::milliseconds;
 
 TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
-  const struct Case {
-    std::string reason, list, expected;
-  } cases[] = {
+  const Table<std::string, std::string> cases{
       {"all local ones in their order", "unix:path=/a,guid=0a;unix:abstract=b", "unix:path=/a,guid=0a;unix:abstract=b"},
       {"starts a program", "unixexec:path=/bin/true", ""},
       {"resolves a host name", "tcp:host=example.org,port=1;unix:path=/a", "unix:path=/a"},
@@ -27,53 +26,36 @@ TEST(LocalAddresses, LeaveOutWhatStartsAProcessOrAsksANameServer) {
   for (const auto& [reason, list, expected] : cases) EXPECT_EQ(localAddresses(list), expected) << reason;
 }
 
-struct PatienceTest : testing::Test {
+TEST(Patience, EndsWithSilenceAndForGoodWithTheTotalOfAllWaits) {
   Patience::TimePoint now{};
-  Patience patience{{.silence = milliseconds(100), .total = milliseconds(250)}, [this] { return now; }};
-};
-
-TEST_F(PatienceTest, EndsWithSilenceAndBeginsAnewWithEachAnswer) {
+  Patience patience({.silence = milliseconds(100), .total = milliseconds(250)}, [&] { return now; });
+  const auto remainsAfter = [&](int elapsed) {
+    now += milliseconds(elapsed);
+    return patience.remaining() / std::chrono::microseconds(1000);
+  };
   patience.startWaiting();
-  now += milliseconds(99);
-  EXPECT_EQ(patience.remaining(), milliseconds(1));
+  EXPECT_EQ(remainsAfter(99), 1);
   patience.noteAnswer();
-  EXPECT_EQ(patience.remaining(), milliseconds(100));
-  now += milliseconds(300);
-  EXPECT_EQ(patience.remaining(), milliseconds(0)) << "never negative";
-}
-
-TEST_F(PatienceTest, EndsForGoodWhenTheTotalIsSpentHoweverManyAnswersCome) {
-  patience.startWaiting();
-  for (int answer = 0; answer < 3; ++answer) {
-    now += milliseconds(70);
-    patience.noteAnswer();
-  }
-  EXPECT_EQ(patience.remaining(), milliseconds(40)) << "of the total";
-  EXPECT_FALSE(patience.isExhausted());
-  now += milliseconds(40);
+  EXPECT_EQ(remainsAfter(0), 100) << "it begins anew with each answer";
+  EXPECT_EQ(remainsAfter(80), 20);
   patience.stopWaiting();
-  EXPECT_TRUE(patience.isExhausted());
+  remainsAfter(10'000);
+  EXPECT_FALSE(patience.isExhausted()) << "the time between two waits does not count";
   patience.startWaiting();
-  EXPECT_EQ(patience.remaining(), milliseconds(0));
+  EXPECT_EQ(remainsAfter(0), 71) << "of the total";
+  patience.noteAnswer();
+  EXPECT_EQ(remainsAfter(70), 1);
+  EXPECT_FALSE(patience.isExhausted());
+  EXPECT_EQ(remainsAfter(300), 0) << "never negative";
+  patience.stopWaiting();
+  patience.startWaiting();
+  EXPECT_TRUE(patience.isExhausted() && remainsAfter(0) == 0);
 }
 
-TEST_F(PatienceTest, EndsWithTheTimeOfTheRun) {
+TEST(Patience, EndsWithTheTimeOfTheRun) {
   posix::startRunTime(milliseconds(0));
-  EXPECT_EQ(patience.remaining(), milliseconds(0));
-  EXPECT_TRUE(patience.isExhausted());
+  EXPECT_TRUE(Patience().isExhausted() && Patience().remaining().count() == 0);
   posix::startRunTime(std::chrono::hours(1));
-}
-
-TEST_F(PatienceTest, DoesNotCountTheTimeBetweenTwoWaits) {
-  for (int wait = 0; wait < 2; ++wait) {
-    patience.startWaiting();
-    now += milliseconds(90);
-    patience.stopWaiting();
-    now += milliseconds(10'000);
-    EXPECT_FALSE(patience.isExhausted());
-  }
-  patience.startWaiting();
-  EXPECT_EQ(patience.remaining(), milliseconds(70));
 }
 
 }  // namespace

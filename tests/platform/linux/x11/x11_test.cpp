@@ -13,8 +13,11 @@
 #include "platform/linux/x11/capture/display_region.h"
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/scale_factor.h"
+#include "platform/linux/x11/windows/outer_rect.h"
 #include "platform/linux/x11/windows/window_traits.h"
+#include "platform/linux/x11/windows/window_tree.h"
 #include "platform/linux/x11/xsettings.h"
+#include "table.h"
 
 namespace tavik::platform::x11 {
 namespace {
@@ -39,34 +42,23 @@ ManagedWindow hinted(const WindowHints& hints, std::optional<std::uint32_t> curr
 }
 
 TEST(WindowHints, TellHowAWindowIsShown) {
-  struct Row {
-    const char* reason;
-    WindowHints hints;
-    bool isOnScreen, isOnOtherWorkspace;
-  };
   const std::vector shaded{number(Atom::stateShaded)};
   constexpr std::uint32_t kCurrent = 1, kOther = 0, kAll = 0xFFFFFFFF;
-  for (const auto& [reason, hints, isOnScreen, isOnOtherWorkspace] : {
-           Row{"ordinary", {.isViewable = true, .workspace = kCurrent}, true, false},
-           Row{"minimized", {.workspace = kCurrent}, false, false},
-           Row{"minimized on all workspaces", {.workspace = kAll}, false, false},
-           Row{"on another workspace", {.workspace = kOther}, false, true},
-           Row{"another monitor shows another workspace", {.isViewable = true, .workspace = kOther}, true, false},
-           Row{"shaded", {.isViewable = true, .states = shaded}, false, false},
+  for (const auto& [reason, hints, isOnScreen, isOnOtherWorkspace] : Table<WindowHints, bool, bool>{
+           {"ordinary", {.isViewable = true, .workspace = kCurrent}, true, false},
+           {"minimized", {.workspace = kCurrent}, false, false},
+           {"minimized on all workspaces", {.workspace = kAll}, false, false},
+           {"on another workspace", {.workspace = kOther}, false, true},
+           {"another monitor shows another workspace", {.isViewable = true, .workspace = kOther}, true, false},
+           {"shaded", {.isViewable = true, .states = shaded}, false, false},
        }) {
     const auto window = hinted(hints, kCurrent);
-    EXPECT_EQ(window.isOnScreen, isOnScreen) << reason;
-    EXPECT_EQ(window.isOnOtherWorkspace, isOnOtherWorkspace) << reason;
+    EXPECT_TRUE(window.isOnScreen == isOnScreen && window.isOnOtherWorkspace == isOnOtherWorkspace) << reason;
   }
 }
 
 TEST(WindowHints, TellLayerAndKind) {
-  const struct Case {
-    std::string reason;
-    std::vector<std::uint32_t> types, states;
-    int sign;
-    bool isRegular;
-  } cases[] = {
+  const Table<std::vector<std::uint32_t>, std::vector<std::uint32_t>, int, bool> cases{
       {"ordinary", {}, {}, 0, true},
       {"unknown atoms mean nothing", {9999, XCB_ATOM_NONE}, {9999}, 0, true},
       {"wallpaper", {number(Atom::typeDesktop)}, {number(Atom::stateAbove)}, -1, false},
@@ -79,8 +71,7 @@ TEST(WindowHints, TellLayerAndKind) {
   };
   for (const auto& [reason, types, states, sign, isRegular] : cases) {
     const auto window = hinted({.isViewable = true, .states = states, .types = types});
-    EXPECT_EQ((window.layer > 0) - (window.layer < 0), sign) << reason;
-    EXPECT_EQ(window.isRegular, isRegular) << reason;
+    EXPECT_TRUE((window.layer > 0) - (window.layer < 0) == sign && window.isRegular == isRegular) << reason;
   }
   const auto window = hinted({.states = {XCB_ATOM_NONE}, .types = {XCB_ATOM_NONE}}, std::nullopt, AtomTable{});
   EXPECT_TRUE(window.isRegular && window.layer == 0) << "a server that has never heard of EWMH";
@@ -88,50 +79,47 @@ TEST(WindowHints, TellLayerAndKind) {
 
 TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
   const PixelRect client{101, 120, 300, 200}, decorated{100, 100, 302, 221};
-  const struct Case {
-    std::string reason;
-    PixelRect frame;
-    std::vector<std::uint32_t> extents;
-    PixelRect visible;
-  } cases[] = {
-      {"decorations belong to the window", decorated, {}, decorated},
-      {"a shadow does not", client, {10, 12, 14, 16}, {111, 134, 278, 170}},
-      {"under decorations there is no shadow", decorated, {10, 12, 14, 16}, decorated},
-      {"margins beyond all measure", client, {0xFFFFFFFF, 7, 7, 7}, client},
-      {"margins that leave nothing", client, {150, 150, 0, 0}, client},
-      {"half of the numbers", client, {10, 12}, client},
-  };
-  for (const auto& [reason, frame, extents, visible] : cases) {
+  for (const auto& [reason, frame, extents, visible] : Table<PixelRect, std::vector<std::uint32_t>, PixelRect>{
+           {"decorations belong to the window", decorated, {}, decorated},
+           {"a shadow does not", client, {10, 12, 14, 16}, {111, 134, 278, 170}},
+           {"under decorations there is no shadow", decorated, {10, 12, 14, 16}, decorated},
+           {"margins beyond all measure", client, {0xFFFFFFFF, 7, 7, 7}, client},
+           {"margins that leave nothing", client, {150, 150, 0, 0}, client},
+           {"half of the numbers", client, {10, 12}, client},
+       }) {
     auto window = hinted({.extents = extents});
     window.clientRect = client, window.frameRect = frame;
     EXPECT_EQ(visibleRect(window), visible) << reason;
   }
 }
 
+TEST(WindowTree, TakesNoMoreFromAReplyThanItHolds) {
+  xcb_query_tree_reply_t tree{};
+  tree.children_len = 1;
+  EXPECT_TRUE(childrenOfReply(tree).empty());
+  xcb_get_geometry_reply_t geometry{};
+  geometry.border_width = geometry.width = geometry.height = 3;
+  EXPECT_EQ(outerRect(geometry), (PixelRect{0, 0, 9, 9})) << "a border is on both sides";
+}
+
 TEST(DisplayRegion, IsCutToTheDisplay) {
   constexpr auto kNan = std::numeric_limits<double>::quiet_NaN();
   const PixelRect display{1000, 50, 640, 480};
-  const struct Case {
-    std::string reason;
-    Rect sourceRect;
-    DisplayRegion expected;
-  } cases[] = {
-      {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
-      {"truncates", {10.9, 20.9, 300.9, 200.9}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
-      {"beyond the right and the bottom", {600, 400, 100, 100}, {{100, 100}, {1600, 450, 40, 80}, 0, 0}},
-      {"before the left and the top", {-30, -0.9, 100, 100}, {{100, 100}, {1000, 50, 70, 100}, 30, 0}},
-      {"all around", {-5, -5, 32767, 500}, {{32767, 500}, {1000, 50, 640, 480}, 5, 5}},
-      {"empty", {0, 0, 10, 0.9}, {}},
-      {"negative", {100, 100, -50, 50}, {}},
-      {"beside the display", {640, 0, 10, 10}, {}},
-      {"too long", {0, 0, 32768, 1}, {}},
-      {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
-      {"no numbers", {kNan, 0, 10, kNan}, {}},
-  };
-  for (const auto& [reason, sourceRect, expected] : cases) {
+  for (const auto& [reason, sourceRect, expected] : Table<Rect, DisplayRegion>{
+           {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
+           {"truncates", {10.9, 20.9, 300.9, 200.9}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
+           {"beyond the right and the bottom", {600, 400, 100, 100}, {{100, 100}, {1600, 450, 40, 80}, 0, 0}},
+           {"before the left and the top", {-30, -0.9, 100, 100}, {{100, 100}, {1000, 50, 70, 100}, 30, 0}},
+           {"all around", {-5, -5, 32767, 500}, {{32767, 500}, {1000, 50, 640, 480}, 5, 5}},
+           {"empty", {0, 0, 10, 0.9}, {}},
+           {"negative", {100, 100, -50, 50}, {}},
+           {"beside the display", {640, 0, 10, 10}, {}},
+           {"too long", {0, 0, 32768, 1}, {}},
+           {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
+           {"no numbers", {kNan, 0, 10, kNan}, {}},
+       }) {
     const auto region = regionOfDisplay(sourceRect, display).value_or(DisplayRegion{});
-    EXPECT_EQ(region.size, expected.size) << reason;
-    EXPECT_EQ(region.source, expected.source) << reason;
+    EXPECT_TRUE(region.size == expected.size && region.source == expected.source) << reason;
     EXPECT_TRUE(region.x == expected.x && region.y == expected.y) << reason;
   }
 }
@@ -165,10 +153,7 @@ TEST(RepaintProgress, IsCompleteWhenAllThatWasHiddenHasBeenDrawn) {
 }
 
 TEST(ScaleFactor, ComesFromTheResources) {
-  const struct Case {
-    std::string reason, resources;
-    double factor;
-  } cases[] = {
+  const Table<std::string, double> cases{
       {"twice the resolution", "Xft.antialias: 1\nXft.dpi:\t192\n", 2},
       {"matches loosely, too", "*dpi: 144", 1.5},
       {"text of small screens is not shrunk", "Xft.dpi: 72", 1},
@@ -187,39 +172,33 @@ TEST(ScaleFactor, OpensNoFileThatAResourceNames) {
 }
 
 /// The bytes of a number, the least significant one first.
-std::string number(std::uint32_t value, std::size_t size = 4) {
-  std::string bytes;
-  for (; bytes.size() < size; value >>= 8U) bytes += static_cast<char>(value & 0xFFU);
-  return bytes;
+template <class Integer>
+std::string number(Integer value, std::size_t size = 4) {
+  return {reinterpret_cast<const char*>(&value), size};
 }
 
 std::string padded(const std::string& text) { return text + std::string((4 - text.size() % 4) % 4, '\0'); }
 
 /// One setting as a manager writes it: an integer has type 0, a string 1, a colour 2.
 std::string setting(std::uint32_t type, const std::string& name, const std::string& value) {
-  return number(type, 2) + number(static_cast<std::uint32_t>(name.size()), 2) + padded(name) + number(3) + value;
+  return number(type, 2) + number(name.size(), 2) + padded(name) + number(3) + value;
 }
 
-std::string integer(const std::string& name, std::int32_t value) {
-  return setting(0, name, number(static_cast<std::uint32_t>(value)));
-}
+std::string integer(const std::string& name, std::int32_t value) { return setting(0, name, number(value)); }
 
 std::string string(const std::string& name, const std::string& value) {
-  return setting(1, name, number(static_cast<std::uint32_t>(value.size())) + padded(value));
+  return setting(1, name, number(value.size()) + padded(value));
 }
 
 /// A whole property, which promises so many settings.
-std::string settings(std::uint32_t count, const std::string& items) {
-  return number(0) + number(7) + number(count) + items;
+std::string settings(std::uint32_t count, const std::string& all) {
+  return number(0) + number(7) + number(count) + all;
 }
 
 TEST(ScaleFactor, ComesFromTheSettingsManagerFirst) {
   const auto scale = [](std::int32_t factor) { return integer("Gdk/WindowScalingFactor", factor); };
   const auto dpi = [](std::int32_t dots) { return integer("Xft/DPI", dots * 1024); };
-  const struct Case {
-    std::string reason, bytes;
-    double factor;
-  } cases[] = {
+  const Table<std::string, double> cases{
       {"windows of twice the size, in which text is", settings(2, scale(2) + dpi(192)), 2},
       {"half as much again, by text alone", settings(2, scale(1) + dpi(144)), 1.5},
       {"twice the size, with small text", settings(2, scale(2) + dpi(96)), 2},
@@ -231,17 +210,13 @@ TEST(ScaleFactor, ComesFromTheSettingsManagerFirst) {
 }
 
 TEST(XSettings, ReadsWhatIsWellFormed) {
-  struct Case {
-    std::string reason, bytes;
-    std::optional<std::int32_t> value;
-  };
   const auto name = "Xft/DPI"s, wanted = integer(name, 7), none = ""s;
   const auto others = string("a", "12345") + setting(2, "bc", "colours.") + string("empty", none) + wanted;
   // Byte order, how often they have changed, how many there are; type, length and name, when it has changed, value.
   const auto bigEndian = "\1\0\0\0\0\0\0\7\0\0\0\1\0\0\0\7Xft/DPI\0\0\0\0\3\xFF\xFF\xFF\xF9"s;
   auto endless = wanted;
   endless.replace(2, 2, "\xFF\xFF");
-  std::vector<Case> cases{
+  Table<std::string, std::optional<std::int32_t>> cases{
       {"after others of all types", settings(4, others), 7},
       {"most significant byte first", bigEndian, -7},
       {"of another type", settings(1, string(name, "7")), {}},
