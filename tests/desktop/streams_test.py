@@ -21,16 +21,10 @@ def shell(script: str) -> subprocess.CompletedProcess:
 
 
 class StreamsTest(unittest.TestCase):
-    def test_requests_that_name_no_target(self) -> None:
-        for reason, request, diagnostics in (
-            ("nothing", b"", 0),
-            ("not text", b"\xff\xfe\x00{}", 1),
-            ("deeper than any stack", b'{"target":' + b"[" * 1_000_000, 1),
-        ):
-            with self.subTest(reason):
-                done = run(request)
-                self.assertEqual((done.returncode, json.loads(done.stdout)["code"]), (0, "target_required"))
-                self.assertEqual((done.stderr.count(DIAGNOSTIC), done.stderr.count(b"\n")), (diagnostics, diagnostics))
+    def test_request_that_is_none(self) -> None:
+        done = run(b'{"target":' + b"[" * 1_000_000)  # deeper than any stack
+        self.assertEqual((done.returncode, json.loads(done.stdout)["code"]), (0, "target_required"))
+        self.assertEqual((done.stderr.count(DIAGNOSTIC), done.stderr.count(b"\n")), (1, 1))
 
     def test_nothing_is_opened_in_vain(self) -> None:
         """A request that names no target: no connection to anyone, and no library that only other requests need."""

@@ -183,10 +183,8 @@ TAVIK_ANSWER(-(NSArray*)windows, lend(valueOf<World>(self).windows, [SCWindow cl
 @implementation SCStreamConfiguration
 @dynamic width, height, sourceRect, showsCursor, queueDepth;
 TAVIK_ANSWER(-(instancetype)init, (anyOf(self) = StreamConfiguration{}, self))
-TAVIK_ANSWER(-(void)setWidth
-             : (std::size_t)width, void(valueOf<StreamConfiguration>(self).width = static_cast<std::int64_t>(width)))
-TAVIK_ANSWER(-(void)setHeight
-             : (std::size_t)height, void(valueOf<StreamConfiguration>(self).height = static_cast<std::int64_t>(height)))
+TAVIK_ANSWER(-(void)setWidth : (std::size_t)w, void(valueOf<StreamConfiguration>(self).width = std::int64_t(w)))
+TAVIK_ANSWER(-(void)setHeight : (std::size_t)h, void(valueOf<StreamConfiguration>(self).height = std::int64_t(h)))
 TAVIK_ANSWER(-(void)setShowsCursor : (BOOL)shows, void(valueOf<StreamConfiguration>(self).showsCursor = shows))
 TAVIK_ANSWER(-(void)setQueueDepth : (NSInteger)depth, void(valueOf<StreamConfiguration>(self).queueDepth = depth))
 - (void)setSourceRect:(CGRect)rect {
