@@ -28,19 +28,25 @@ namespace {
 /// A window with decorations around the client, of which the contents are all when nothing else is said.
 DesktopWindow managed(const std::string& title, const Rect& client, const std::optional<Rect>& contents = {}) {
   const Rect frame{client.x - 1, client.y - 20, client.width + 2, client.height + 25};
-  return {.title = title, .frame = frame, .client = client, .contents = contents.value_or(client)};
+  return {.title = title, .client = client, .contents = contents.value_or(client), .visible = contents.value_or(frame)};
 }
 
+constexpr ToolkitUnits kQt{}, kGTK3{.areWhole = true}, kGTK4{.areOnScreen = false, .areWhole = true};
+
 TEST(FrameOfExtents, IsNothingForElementsThatAreNowhere) {
-  for (const auto& [reason, extents, expected] : Table<Extents, std::optional<Rect>>{
-           {"moved by the offset", {10, 20, 30, 40}, Rect{110, 15, 30, 40}},
-           {"left of the first monitor", {-500, 0, 1, 1}, Rect{-400, -5, 1, 1}},
-           {"half nowhere", {5, INT_MIN, 10, 10}, std::nullopt},
-           {"the other half", {INT_MIN, 5, 10, 10}, std::nullopt},
-           {"hidden in Qt", {0, 0, 0, 0}, std::nullopt},
-           {"negative", {3, 4, -1, 9}, std::nullopt},
-       }) {
-    EXPECT_EQ(frameOfExtents(extents, {.x = 100, .y = -5}), expected) << reason;
+  constexpr Placement kMoved{.origin = {100, 0}, .place = {200, -5}}, kScaled{{10, 20}, {15, 33}, 1.5};
+  const Table<Extents, Placement, std::optional<Rect>> cases{
+      {"moved", {10, 20, 30, 40}, kMoved, Rect{110, 15, 30, 40}},
+      {"left of the first monitor", {-500, 0, 1, 1}, kMoved, Rect{-400, -5, 1, 1}},
+      {"scaled", {12, 20, 30, 40}, kScaled, Rect{18, 33, 45, 60}},
+      {"whole pixels, without a gap to the one on the left", {43, 21, 3, 1}, kScaled, Rect{65, 35, 4, 1}},
+      {"half nowhere", {5, INT_MIN, 10, 10}, kMoved, std::nullopt},
+      {"the other half", {INT_MIN, 5, 10, 10}, kMoved, std::nullopt},
+      {"hidden in Qt", {0, 0, 0, 0}, kMoved, std::nullopt},
+      {"negative", {3, 4, -1, 9}, kMoved, std::nullopt},
+  };
+  for (const auto& [reason, extents, placement, expected] : cases) {
+    EXPECT_EQ(frameOfExtents(extents, placement), expected) << reason;
   }
 }
 
@@ -58,37 +64,106 @@ TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
       {"the first when none fits", {other, other}, 0},
       {"an application without windows", {}, std::nullopt},
   };
-  for (const auto& [reason, windows, expected] : cases) EXPECT_EQ(mainWindow(windows, &topmost), expected) << reason;
-  EXPECT_EQ(mainWindow(std::vector{other, both}, nullptr), 0U) << "no window on the X server";
+  for (const auto& [reason, windows, expected] : cases) {
+    EXPECT_EQ(mainWindow(windows, &topmost, kQt), expected) << reason;
+  }
+  EXPECT_EQ(mainWindow(std::vector{other, both}, nullptr, kQt), 0U) << "no window on the X server";
 }
 
-TEST(OffsetOfWindow, LeadsFromTheClaimToTheVisibleWindow) {
-  const Extents claimed{0, 0, 300, 200};
-  const Rect client{40, 60, 352, 252}, contents{66, 83, 300, 200};
-  for (const auto& [reason, extents, window, expected] : Table<Extents, DesktopWindow, std::optional<Point>>{
-           {"same size", claimed, managed("W", {40, 60, 300, 200}), Point{40, 60}},
-           {"a shadow of known width", claimed, managed("W", client, contents), Point{66, 83}},
-           {"a border on all sides", claimed, managed("W", {40, 60, 310, 210}), Point{45, 65}},
-           {"two to a point", claimed, managed("W", {40, 60, 652, 452}, Rect{66, 83, 600, 400}), Point{33, 41}},
-           {"right already", {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Point{0, 0}},
-           {"partly off the screen", claimed, managed("W", {-40, -60, 300, 200}), Point{-40, -60}},
-           {"another size: the window is being resized", claimed, managed("W", {0, 0, 500, 500}), std::nullopt},
-           {"nowhere", {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
-       }) {
-    EXPECT_EQ(offsetOfWindow({.title = "W", .extents = extents}, std::vector{window}), expected) << reason;
+TEST(PlaceWindows, MeasuresTheScaleAndLeadsToTheScreen) {
+  const Rect shadowed{40, 60, 352, 252}, contents{66, 83, 300, 200};
+  const Table<ToolkitUnits, Extents, DesktopWindow, std::optional<Placement>> cases{
+      {"Qt", kQt, {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Placement{{40, 60}, {40, 60}}},
+      {"Qt at 1.5",
+       kQt,
+       {120, 90, 301, 203},
+       managed("W", {180, 135, 452, 304}),
+       Placement{{120, 90}, {180, 135}, 1.5}},
+      {"Chromium at 1.1",
+       kQt,
+       {10, 10, 508, 500},
+       managed("W", {11, 11, 559, 550}),
+       Placement{{10, 10}, {11, 11}, 1.1}},
+      {"Chromium with a shadow",
+       kQt,
+       {10, 10, 508, 500},
+       managed("W", {20, 20, 1016, 1000}, Rect{28, 20, 1000, 992}),
+       Placement{{10, 10}, {20, 20}, 2}},
+      {"an offset of the toolkit's own",
+       kQt,
+       {3, 9, 300, 200},
+       managed("W", {40, 60, 600, 400}),
+       Placement{{3, 9}, {40, 60}, 2}},
+      {"GTK 3 counts decorations, elements from the client",
+       kGTK3,
+       {633, 416, 333, 368},
+       managed("W", {634, 436, 331, 343}),
+       Placement{{634, 436}, {634, 436}}},
+      {"and halves odd corners",
+       kGTK3,
+       {234, 122, 332, 356},
+       managed("W", {469, 264, 662, 686}),
+       Placement{{234, 132}, {469, 264}, 2}},
+      {"while it is resized it knows the screen",
+       kQt,
+       {40, 60, 290, 190},
+       managed("W", {40, 60, 300, 200}),
+       Placement{{40, 60}, {40, 60}}},
+      {"GTK 4", kGTK4, {0, 0, 300, 200}, managed("W", {40, 60, 300, 200}), Placement{{0, 0}, {40, 60}}},
+      {"a shadow of known width",
+       kGTK4,
+       {0, 0, 300, 200},
+       managed("W", shadowed, contents),
+       Placement{{0, 0}, {66, 83}}},
+      {"a border on all sides",
+       kGTK4,
+       {0, 0, 355, 498},
+       managed("W", {435, 129, 730, 1016}),
+       Placement{{0, 0}, {445, 139}, 2}},
+      {"partly off the screen",
+       kGTK4,
+       {0, 0, 300, 200},
+       managed("W", {-40, -60, 300, 200}),
+       Placement{{0, 0}, {-40, -60}}},
+      {"another size: it is being resized", kGTK4, {0, 0, 300, 200}, managed("W", {0, 0, 500, 500}), std::nullopt},
+      {"then Qt is believed", kQt, {0, 0, 300, 200}, managed("W", {0, 0, 500, 500}), Placement{}},
+      {"nowhere", kGTK4, {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
+  };
+  for (const auto& [reason, units, extents, window, expected] : cases) {
+    const auto placed = placeWindows(std::vector{WindowClaim{"W", extents}}, std::vector{window}, units).front();
+    ASSERT_EQ(placed.placement.has_value(), expected.has_value()) << reason;
+    if (!expected) continue;
+    EXPECT_EQ(placed.placement->origin, expected->origin) << reason;
+    EXPECT_EQ(placed.placement->place, expected->place) << reason;
+    EXPECT_NEAR(placed.placement->scale, expected->scale, 0.001) << reason;
+    EXPECT_EQ(placed.visible, expected == Placement{} ? std::nullopt : std::optional(window.visible)) << reason;
   }
 }
 
-TEST(OffsetOfWindow, ChoosesAmongWindowsOfOneSizeByTitleThenByActivity) {
-  auto front = managed("B", {1, 1, 300, 200});
-  auto behind = managed("A", {2, 2, 300, 200});
+TEST(PlaceWindows, ChoosesByTitleThenBySizePlaceAndActivity) {
+  auto front = managed("B", {1, 1, 300, 200}), behind = managed("A", {102, 2, 300, 200});
+  const auto seen = [&](const WindowClaim& claim, const ToolkitUnits& units) {
+    return placeWindows(std::vector{claim}, std::vector{front, behind}, units).front().visible.value_or(Rect{});
+  };
   const WindowClaim claim{.title = "A", .extents = Extents{0, 0, 300, 200}, .isActive = true};
-  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{2, 2}));
+  EXPECT_EQ(seen(claim, kGTK4), behind.visible);
+  EXPECT_EQ(seen({.title = "A"}, kQt), behind.visible) << "the title is all there is of a window without extents";
   front.title = behind.title;
-  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{1, 1})) << "alike: the front one";
+  EXPECT_EQ(seen(claim, kGTK4), front.visible) << "alike: the front one";
+  EXPECT_EQ(seen({"A", Extents{102, 2, 300, 200}}, kQt), behind.visible) << "the one in that place";
+  EXPECT_EQ(seen({"", Extents{102, 2, 300, 200}}, kQt), behind.visible) << "also without a title";
+  EXPECT_EQ(seen({"", Extents{202, 2, 300, 200}}, kQt), Rect{}) << "a menu of the size of a window is none";
   behind.isActive = true;
-  EXPECT_EQ(offsetOfWindow(claim, std::vector{front, behind}), (Point{2, 2})) << "the active one";
-  EXPECT_EQ(offsetOfWindow(claim, {}), std::nullopt);
+  EXPECT_EQ(seen(claim, kGTK4), behind.visible) << "the active one";
+}
+
+TEST(PlaceWindows, GivesMenusThePlacementOfTheMainWindow) {
+  const std::vector<WindowClaim> claims{{"", Extents{70, 70, 50, 90}}, {"W", Extents{50, 50, 300, 200}, true}};
+  const std::vector windows{managed("W", {100, 100, 600, 400})};
+  const auto placed = placeWindows(claims, windows, kQt);
+  EXPECT_EQ(placed[0], (PlacedWindow{.placement = Placement{{50, 50}, {100, 100}, 2}}));
+  EXPECT_EQ(placeWindows(claims, windows, kGTK4)[0], PlacedWindow{});
+  EXPECT_EQ(placeWindows(claims, {}, kQt)[0], PlacedWindow{.placement = Placement{}});
 }
 
 std::string string(UIElement& element, std::string_view attribute) {
@@ -306,29 +381,39 @@ FakeObjects twoWindows(const std::string& toolkit, const std::string& version) {
 /// Beside a window "W" on the X server.
 Application applicationOn(FakePeer& peer) {
   constexpr Rect kPlace{500, 400, 310, 210};
-  const DesktopWindow window{.title = "W", .client = kPlace, .contents = kPlace};
+  const DesktopWindow window{.title = "W", .client = kPlace, .contents = kPlace, .visible = {499, 380, 312, 235}};
   return {[root = peer.takeRoot()] { return root; }, [window] { return std::vector{window}; }};
 }
 
-TEST(Application, ShowsWindowCoordinatesOfGTK4OnTheScreen) {
-  for (const auto& [reason, toolkit, version, expected] : Table<std::string, std::string, Point>{
-           {"GTK 4: half of the border, then the window's corner", "GTK", "4.8.3", {505, 405}},
-           {"GTK 3 knows the screen", "gtk", "3.24.38", {0, 0}},
-           {"so does Qt of any version", "Qt", "5.15.8", {0, 0}},
-           {"and whoever says nothing", "", "", {0, 0}},
-       }) {
-    const bool knowsScreen = expected == Point{};
+TEST(Application, ShowsFramesOnTheScreen) {
+  const Table<std::string, std::string, Extents, Point> cases{
+      {"GTK 4: half of the border, then the window's corner", "GTK", "4.8.3", {0, 0, 300, 200}, {512, 413}},
+      {"GTK 3 knows the screen", "gtk", "3.24.38", {499, 380, 312, 235}, {7, 8}},
+      {"so does Qt of any version", "Qt", "5.15.8", {500, 400, 310, 210}, {7, 8}},
+      {"at its own scale", "Qt", "6.4.2", {250, 200, 155, 105}, {14, 16}},
+      {"and whoever says nothing", "", "", {500, 400, 310, 210}, {7, 8}},
+      {"Swing has it of the first child", "J2SE-access-bridge", "1.0", {-1, -1, -1, -1}, {14, 16}},
+  };
+  for (const auto& [reason, toolkit, version, extents, expected] : cases) {
+    const bool knowsScreen = version != "4.8.3";
     auto objects = twoWindows(toolkit, version);
     for (auto& [path, object] : objects) object.knowsScreen = knowsScreen;
+    objects["/second"].extents = extents;
+    objects["/box"].extents = {250, 200, 155, 105};
+    objects["/b"].extents = {7, 8, 10, 10};
+    for (const auto* path : {"/box", "/b"}) objects[path].interfaces = {"Component"};
     FakePeer peer(objects);
     auto application = applicationOn(peer);
     const auto windows = std::get<std::vector<UIElementRef>>(*application.copyAttributeValue("AXWindows"));
     ASSERT_EQ(windows.size(), 2U);
     EXPECT_EQ(std::get<UIElementRef>(*application.copyAttributeValue("AXMainWindow")), windows[1]) << reason;
-    EXPECT_EQ(std::get<Point>(*windows[1]->copyAttributeValue("AXPosition")), expected) << reason;
+    EXPECT_EQ(std::get<Point>(*windows[1]->copyAttributeValue("AXPosition")), (Point{499, 380})) << reason;
+    EXPECT_EQ(std::get<Size>(*windows[1]->copyAttributeValue("AXSize")), (Size{312, 235})) << "that of its picture";
+    const auto children = std::get<std::vector<UIElementRef>>(*windows[1]->copyAttributeValue("AXChildren"));
+    EXPECT_EQ(std::get<Point>(*children.back()->copyAttributeValue("AXPosition")), expected) << reason;
     EXPECT_EQ(windows[0]->copyAttributeValue("AXPosition").has_value(), knowsScreen)
         << "no frame is better than a wrong one: the X server has no window like the first";
-    EXPECT_EQ(application.root()->session()->hasAllProperties, reason.starts_with("GTK")) << reason;
+    EXPECT_EQ(application.root()->session()->hasAllProperties, knowsScreen ? toolkit == "gtk" : true) << reason;
   }
 }
 

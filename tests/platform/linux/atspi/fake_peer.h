@@ -129,7 +129,8 @@ class FakePeer {
   /// The element of its object "/root", which takes over the connection.
   std::shared_ptr<Element> takeRoot(dbus::PatienceLimits limits = {}) {
     auto session = std::make_shared<Session>(std::exchange(connection_, nullptr), dbus::Patience(limits));
-    return std::make_shared<Element>(std::move(session), dbus::Reference{.busName = kName, .path = "/root"}, Point{});
+    return std::make_shared<Element>(std::move(session), dbus::Reference{.busName = kName, .path = "/root"},
+                                     Placement{});
   }
 
   /// How often a method was called, or a property read, of one object, or of all.

@@ -20,9 +20,9 @@ atspi::DesktopWindow toDesktopWindow(const x11::ManagedWindow& window) {
                                     .height = client.height - top - bottom};
   return {.title = window.title,
           .isActive = window.isActive,
-          .frame = imaging::toRect(window.frameRect),
           .client = imaging::toRect(client),
-          .contents = imaging::toRect(contents)};
+          .contents = imaging::toRect(contents),
+          .visible = imaging::toRect(x11::visibleRect(window))};
 }
 
 std::vector<atspi::DesktopWindow> windowsOfProcess(XConnection& connection, std::int32_t processID) {

@@ -30,6 +30,10 @@ bool knowsWindowCoordinatesOnly(const Toolkit& toolkit) {
   return isGTK(toolkit) && major >= 4;
 }
 
+ToolkitUnits unitsOf(const Toolkit& toolkit) {
+  return {.areOnScreen = !knowsWindowCoordinatesOnly(toolkit), .areWhole = isGTK(toolkit)};
+}
+
 /// Finds out the toolkit and the windows.
 Toolkit readToolkitAndWindows(Element& root) {
   dbus::Conversation& conversation = root.session()->conversation;
@@ -51,13 +55,31 @@ WindowClaim claimOf(Element& window) {
           .isActive = (known.states.value_or(0) & kActive) != 0};
 }
 
-std::vector<WindowClaim> claimsOfWindows(Element& root) {
-  const auto& windows = root.known().children;
+/// Where the window has no extents, as those of Swing have none, its first child's, which fills it.
+void askExtentsOfFirstChild(Element& window, std::optional<Extents>& extents) {
+  const auto handler = [&window, &extents](const dbus::Answer& answer) {
+    const auto child = readReference(answer.reply);
+    if (!child || child->busName != window.reference().busName) return;
+    const auto coordinates = static_cast<std::uint32_t>(window.session()->coordinates);
+    window.session()->conversation.ask(
+        *child, kComponent, "GetExtents",
+        [&extents](const dbus::Answer& measured) { extents = readExtents(measured.reply); }, "u", coordinates);
+  };
+  window.session()->conversation.ask(window.reference(), kAccessible, "GetChildAtIndex", handler, "i", std::int32_t{0});
+}
+
+std::vector<WindowClaim> readClaimsOf(const std::vector<std::shared_ptr<Element>>& windows,
+                                      dbus::Conversation& conversation) {
   for (const auto& window : windows) window->ask(fact::name | fact::extents | fact::states);
-  root.session()->conversation.settle();
+  conversation.settle();
   std::vector<WindowClaim> claims;
   claims.reserve(windows.size());
   for (const auto& window : windows) claims.push_back(claimOf(*window));
+  for (std::size_t index = 0; index < claims.size(); ++index) {
+    auto& [title, extents, isActive] = claims[index];
+    if (!title.empty() && !(extents && isSomewhere(*extents))) askExtentsOfFirstChild(*windows[index], extents);
+  }
+  conversation.settle();
   return claims;
 }
 
@@ -71,14 +93,18 @@ Element* Application::root() {
   root_ = findRoot_();
   if (!root_) return nullptr;
   const Toolkit toolkit = readToolkitAndWindows(*root_);
-  root_->session()->hasAllProperties = isGTK(toolkit);
-  if (!knowsWindowCoordinatesOnly(toolkit)) return root_.get();
-  root_->session()->coordinates = Coordinates::window;
-  const auto claims = claimsOfWindows(*root_);
+  Session& session = *root_->session();
+  session.hasAllProperties = isGTK(toolkit);
+  const ToolkitUnits units = unitsOf(toolkit);
+  session.coordinates = units.areOnScreen ? Coordinates::screen : Coordinates::window;
+  const auto& windows = root_->known().children;
+  const auto claims = readClaimsOf(windows, session.conversation);
   const auto candidates = findWindows_();
-  for (std::size_t index = 0; index < claims.size(); ++index) {
-    root_->known().children[index]->setOffset(offsetOfWindow(claims[index], candidates));
+  if (const auto main = mainWindow(claims, candidates.empty() ? nullptr : &candidates.front(), units)) {
+    mainWindow_ = windows[*main];
   }
+  const auto placed = placeWindows(claims, candidates, units);
+  for (std::size_t index = 0; index < placed.size(); ++index) windows[index]->place(placed[index]);
   return root_.get();
 }
 
@@ -87,22 +113,14 @@ std::optional<AttributeValue> Application::copyAttributeValue(std::string_view n
     return found ? std::optional<AttributeValue>(UIElementRef(std::move(found))) : std::nullopt;
   };
   if (!root()) return std::nullopt;
-  if (name == "AXMainWindow") return element(mainWindow());
+  if (name == "AXMainWindow") return element(mainWindow_);
   if (name == "AXFocusedUIElement") return element(focusedElement());
   return root()->copyAttributeValue(name == "AXWindows" ? "AXChildren" : name);
 }
 
-Application::ElementRef Application::mainWindow() {
-  const auto claims = claimsOfWindows(*root());
-  std::vector<DesktopWindow> candidates;
-  if (std::ranges::none_of(claims, &WindowClaim::isActive)) candidates = findWindows_();
-  const auto main = atspi::mainWindow(claims, candidates.empty() ? nullptr : &candidates.front());
-  return main ? root()->known().children[*main] : nullptr;
-}
-
 std::vector<Application::ElementRef> Application::windowsMainFirst() {
   auto windows = root()->known().children;
-  const auto main = std::ranges::find(windows, mainWindow());
+  const auto main = std::ranges::find(windows, mainWindow_);
   // std::ranges::rotate does not compile with clang 14 over the library of GCC.
   if (main != windows.end()) std::rotate(windows.begin(), main, std::next(main));
   return windows;

@@ -29,7 +29,6 @@ class Application final : public UIElement {
 
  private:
   using ElementRef = std::shared_ptr<Element>;
-  ElementRef mainWindow();
   ElementRef focusedElement();
   std::vector<ElementRef> windowsMainFirst();
 
@@ -37,6 +36,7 @@ class Application final : public UIElement {
   FindWindows findWindows_;
   bool isResolved_ = false;
   ElementRef root_;
+  ElementRef mainWindow_;
 };
 
 }  // namespace tavik::platform::atspi

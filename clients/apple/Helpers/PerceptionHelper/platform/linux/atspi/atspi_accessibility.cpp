@@ -27,7 +27,7 @@ class Desktop {
     if (!bus()) return nullptr;
     auto session = std::make_shared<Session>(bus());
     const auto root = findApplication(session->conversation, processID);
-    return root ? std::make_shared<Element>(std::move(session), *root, Point{}) : nullptr;
+    return root ? std::make_shared<Element>(std::move(session), *root, Placement{}) : nullptr;
   }
 
   std::vector<DesktopWindow> windowsOf(std::int32_t processID) const {

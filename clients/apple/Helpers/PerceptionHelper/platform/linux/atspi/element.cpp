@@ -41,7 +41,8 @@ Value value(const Knowledge& known) {
 }
 
 std::optional<Rect> frame(const Knowledge& known) {
-  return known.extents && known.offset ? frameOfExtents(*known.extents, *known.offset) : std::nullopt;
+  if (known.visible) return known.visible;
+  return known.extents && known.placement ? frameOfExtents(*known.extents, *known.placement) : std::nullopt;
 }
 
 Value position(const Knowledge& known) {
@@ -104,11 +105,11 @@ unsigned factsFor(std::span<const std::string_view> attributes) {
   return facts;
 }
 
-Element::Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
+Element::Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Placement> placement,
                  std::shared_ptr<const Lineage> parent)
     : session_(std::move(session)),
       lineage_(std::make_shared<Lineage>(Lineage{.reference = std::move(reference), .parent = std::move(parent)})),
-      known_{.offset = offset} {}
+      known_{.placement = placement} {}
 
 std::optional<AttributeValue> Element::copyAttributeValue(std::string_view name) {
   if (name == "AXChildren") {
@@ -352,7 +353,7 @@ std::size_t Element::addChildren(std::vector<dbus::Reference> references) {
   references.resize(std::min(references.size(), session_->elementsLeft));
   session_->elementsLeft -= references.size();
   for (auto& reference : references) {
-    known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.offset, lineage_));
+    known_.children.push_back(std::make_shared<Element>(session_, std::move(reference), known_.placement, lineage_));
   }
   return references.size();
 }

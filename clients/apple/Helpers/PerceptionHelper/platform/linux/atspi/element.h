@@ -36,7 +36,8 @@ struct Knowledge {
   std::optional<std::string> helpText = {};
   std::optional<std::string> text = {};
   std::optional<Extents> extents = {};
-  std::optional<Point> offset = {};  ///< what extents in its window have to be moved by, if that is known
+  std::optional<Placement> placement = {};  ///< of the extents in its window, if that is known
+  std::optional<Rect> visible = {};         ///< of a window that the window system has
   std::vector<std::shared_ptr<Element>> children = {};
 };
 
@@ -58,7 +59,7 @@ class Element final : public UIElement {
   /// Whether the children will be asked for theirs.
   enum class Descent : std::uint8_t { ends, goesOn };
   /// `parent` is null for the root of a tree.
-  Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Point> offset,
+  Element(std::shared_ptr<Session> session, dbus::Reference reference, std::optional<Placement> placement,
           std::shared_ptr<const Lineage> parent = {});
 
   /// A combo box with a password field has no "AXTitle". An element whose role could not be read has no "AXValue"
@@ -82,7 +83,10 @@ class Element final : public UIElement {
   const Knowledge& known() const { return known_; }
   const std::shared_ptr<const Lineage>& lineage() const { return lineage_; }
   /// For a window, before its children are known.
-  void setOffset(std::optional<Point> offset) { known_.offset = offset; }
+  void place(const PlacedWindow& placed) {
+    known_.visible = placed.visible;
+    known_.placement = placed.placement;
+  }
 
  private:
   struct Indices {

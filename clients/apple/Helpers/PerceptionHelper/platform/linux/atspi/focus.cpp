@@ -14,7 +14,7 @@ constexpr TreeBounds kSearchBounds{.maxDepth = 32, .maxChildren = 200, .maxEleme
 
 /// An element below the window about which nothing has been read.
 ElementRef freshElement(Element& window, dbus::Reference reference) {
-  return std::make_shared<Element>(window.session(), std::move(reference), window.known().offset, window.lineage());
+  return std::make_shared<Element>(window.session(), std::move(reference), window.known().placement, window.lineage());
 }
 
 /// Asks for the objects below a window that have the state FOCUSED. Nothing when the window cannot be asked.
@@ -34,15 +34,18 @@ std::optional<std::vector<dbus::Reference>> collectFocused(Element& window) {
 }
 
 /// Reduces the bounds by what it has read.
-ElementRef searchFocused(Element& window, TreeBounds& bounds) {
-  const ElementRef root =
-      std::make_shared<Element>(window.session(), window.reference(), window.known().offset, window.lineage()->parent);
+ElementRef searchFocused(const ElementRef& asked, TreeBounds& bounds) {
+  Element& window = *asked;
+  const ElementRef root = std::make_shared<Element>(window.session(), window.reference(), window.known().placement,
+                                                    window.lineage()->parent);
   bounds.maxElements -= readTree(*root, bounds);
   Element* focused = findFocused(*root);
+  if (focused == root.get()) return asked;
   return focused ? freshElement(window, focused->reference()) : nullptr;
 }
 
-ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
+ElementRef focusedElementIn(const ElementRef& asked, TreeBounds& bounds) {
+  Element& window = *asked;
   window.withInterfaces([] {});
   window.session()->conversation.settle();
   if (window.known().interfaces && window.known().interfaces->collection) {
@@ -52,7 +55,7 @@ ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
     const bool isOwn = focused && focused->front().busName == window.reference().busName;
     if (isOwn) return freshElement(window, focused->front());
   }
-  return searchFocused(window, bounds);
+  return searchFocused(asked, bounds);
 }
 
 }  // namespace
@@ -60,7 +63,7 @@ ElementRef focusedElementIn(Element& window, TreeBounds& bounds) {
 std::shared_ptr<Element> focusedElement(const std::vector<std::shared_ptr<Element>>& windows) {
   TreeBounds bounds = kSearchBounds;
   for (const auto& window : windows) {
-    if (auto focused = focusedElementIn(*window, bounds)) return focused;
+    if (auto focused = focusedElementIn(window, bounds)) return focused;
   }
   return nullptr;
 }

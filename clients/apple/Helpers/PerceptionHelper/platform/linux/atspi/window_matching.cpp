@@ -9,79 +9,141 @@ namespace {
 
 constexpr std::int32_t kNowhere = std::numeric_limits<std::int32_t>::min();
 
-bool isSomewhere(const Extents& extents) {
-  return extents.x != kNowhere && extents.y != kNowhere && extents.width > 0 && extents.height > 0;
+/// What sizes may differ by, in units, because both sides round.
+constexpr double kRounding = 1;
+/// And because of borders that one side counts and the other does not.
+constexpr double kBorders = 16;
+constexpr double kMaxScale = 4;
+
+/// An area of a window that extents are taken for, and at which scale.
+struct Fit {
+  const Rect* area = nullptr;
+  double scale = 1;
+  double misfit = 0;  ///< in units
+};
+
+/// How far apart two lengths in each direction are, the larger one.
+double distance(double x, double y) { return std::max(std::abs(x), std::abs(y)); }
+
+/// A border is around all of a window: sizes that differ in opposite directions are no match at all.
+double misfit(const Extents& extents, const Rect& area, double scale) {
+  const double wider = area.width / scale - extents.width;
+  const double higher = area.height / scale - extents.height;
+  const auto [less, more] = std::minmax(wider, higher);
+  if (less < -kRounding && more > kRounding) return std::numeric_limits<double>::infinity();
+  return distance(wider, higher);
 }
 
-/// What both sizes may differ by, in points: resize borders that one side counts and the other does not.
-constexpr double kSlack = 16;
-constexpr int kMaxScale = 4;
-
-bool fits(const Extents& extents, const Rect& rect, int scale) {
-  return std::abs(rect.width / scale - extents.width) <= kSlack &&
-         std::abs(rect.height / scale - extents.height) <= kSlack;
-}
-
-/// The scale, in pixels per point, at which extents have the size of a window, with its decorations or without them or
-/// without its shadow. 0 when there is none.
-int fittingScale(const Extents& extents, const DesktopWindow& window) {
-  for (int scale = 1; scale <= kMaxScale; ++scale) {
-    if (fits(extents, window.contents, scale) || fits(extents, window.client, scale) ||
-        fits(extents, window.frame, scale)) {
-      return scale;
-    }
+/// Which of the areas comes closest at the scale nearest to the ratio of the sizes that is a multiple of `step`, or
+/// just that ratio when `step` is 0.
+std::optional<Fit> closestFit(const Extents& extents, const DesktopWindow& window, double step, double slack) {
+  std::optional<Fit> closest;
+  for (const Rect* area : {&window.client, &window.contents, &window.visible}) {
+    const double ratio = extents.width > extents.height ? area->width / extents.width : area->height / extents.height;
+    const double scale = std::clamp(step > 0 ? std::round(ratio / step) * step : ratio, 1.0, kMaxScale);
+    const Fit fit{.area = area, .scale = scale, .misfit = misfit(extents, *area, scale)};
+    if (fit.misfit <= slack && (!closest || fit.misfit < closest->misfit)) closest = fit;
   }
-  return 0;
+  return closest;
 }
 
-/// How well the two go together; 0 when neither title nor size fits. A title is the better evidence: sizes lag behind.
-int likeness(const WindowClaim& claim, const DesktopWindow& window) {
-  const int title = !claim.title.empty() && claim.title == window.title ? 4 : 0;
-  const int size = claim.extents && fittingScale(*claim.extents, window) != 0 ? 2 : 0;
-  const int activity = claim.isActive == window.isActive ? 1 : 0;
-  return title + size == 0 ? 0 : title + size + activity;
+/// Usual scales are quarters. Others, set by a density of the screen, are believed when both sides have them.
+std::optional<Fit> fitOf(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& units) {
+  if (!claim.extents || !isSomewhere(*claim.extents)) return std::nullopt;
+  std::optional<Fit> fit;
+  if (!units.areWhole) fit = closestFit(*claim.extents, window, 0.25, kRounding);
+  if (!units.areWhole && !fit) fit = closestFit(*claim.extents, window, 0, kRounding);
+  return fit ? fit : closestFit(*claim.extents, window, 1, kBorders);
 }
 
-/// One side's share of what a window is larger than its visible contents, in pixels: its shadow when it says how wide
-/// that is, else half of the difference.
-double margin(double shadow, double oppositeShadow, double outer, double inner) {
-  return shadow != 0 || oppositeShadow != 0 ? shadow : std::trunc((outer - inner) / 2);
+bool isThere(const Extents& extents, const Fit& fit) {
+  return distance(fit.area->x / fit.scale - extents.x, fit.area->y / fit.scale - extents.y) <= kBorders;
+}
+
+/// How well the two go together; 0 when they do not. A title is the best evidence: sizes and places lag behind.
+int likeness(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& units) {
+  const auto fit = fitOf(claim, window, units);
+  const bool hasTitle = !claim.title.empty() && claim.title == window.title;
+  const bool hasPlace = fit && units.areOnScreen && isThere(*claim.extents, *fit);
+  if (!hasTitle && !hasPlace && (!fit || units.areOnScreen)) return 0;
+  const bool hasActivity = claim.isActive == window.isActive;
+  return (hasTitle ? 8 : 0) + (fit ? 4 : 0) + (hasPlace ? 2 : 0) + (hasActivity ? 1 : 0);
+}
+
+/// Half of what an area is larger than what is in it, in pixels.
+double margin(double outer, double inner) { return std::trunc((outer - inner) / 2); }
+
+Placement placementOf(const Extents& extents, const DesktopWindow& window, const Fit& fit, const ToolkitUnits& units) {
+  const auto& [area, scale, misfit] = fit;
+  if (units.areOnScreen && (units.areWhole || misfit > kRounding) && isThere(extents, fit)) {
+    // GTK 3 counts a window with the manager's decorations. Its elements are where the corner of the client, rounded
+    // down to a unit, is that of the client.
+    const Point corner{.x = window.client.x, .y = window.client.y};
+    return {.origin = {.x = std::trunc(corner.x / scale), .y = std::trunc(corner.y / scale)},
+            .place = corner,
+            .scale = scale};
+  }
+  Point place{.x = area->x, .y = area->y};
+  if (misfit > kRounding) {
+    place.x += margin(area->width, extents.width * scale);
+    place.y += margin(area->height, extents.height * scale);
+  }
+  return {.origin = {.x = static_cast<double>(extents.x), .y = static_cast<double>(extents.y)},
+          .place = place,
+          .scale = scale};
+}
+
+PlacedWindow placeWindow(const WindowClaim& claim, std::span<const DesktopWindow> candidates,
+                         const ToolkitUnits& units) {
+  const auto rank = [&](const DesktopWindow& window) { return likeness(claim, window, units); };
+  const auto window = std::ranges::max_element(candidates, {}, rank);
+  if (window == candidates.end() || rank(*window) == 0) return {};
+  // Whoever says nothing of its size is known by its title alone.
+  if (!claim.extents || !isSomewhere(*claim.extents)) return {.visible = window->visible};
+  const auto fit = fitOf(claim, *window, units);
+  if (!fit) return {};
+  return {.visible = window->visible, .placement = placementOf(*claim.extents, *window, *fit, units)};
 }
 
 }  // namespace
 
-std::optional<Rect> frameOfExtents(const Extents& extents, Point offset) {
-  if (!isSomewhere(extents)) return std::nullopt;
-  return Rect{.x = extents.x + offset.x,
-              .y = extents.y + offset.y,
-              .width = static_cast<double>(extents.width),
-              .height = static_cast<double>(extents.height)};
+bool isSomewhere(const Extents& extents) {
+  return extents.x != kNowhere && extents.y != kNowhere && extents.width > 0 && extents.height > 0;
 }
 
-std::optional<std::size_t> mainWindow(std::span<const WindowClaim> windows, const DesktopWindow* topmost) {
+std::optional<Rect> frameOfExtents(const Extents& extents, const Placement& placement) {
+  if (!isSomewhere(extents)) return std::nullopt;
+  const auto& [origin, place, scale] = placement;
+  const double left = std::round(place.x + (extents.x - origin.x) * scale);
+  const double top = std::round(place.y + (extents.y - origin.y) * scale);
+  const double right = std::round(place.x + (extents.x + static_cast<double>(extents.width) - origin.x) * scale);
+  const double bottom = std::round(place.y + (extents.y + static_cast<double>(extents.height) - origin.y) * scale);
+  return Rect{.x = left, .y = top, .width = right - left, .height = bottom - top};
+}
+
+std::optional<std::size_t> mainWindow(std::span<const WindowClaim> windows, const DesktopWindow* topmost,
+                                      const ToolkitUnits& units) {
   if (windows.empty()) return std::nullopt;
   auto main = std::ranges::find_if(windows, &WindowClaim::isActive);
   if (main == windows.end()) {
-    const auto rank = [&](const WindowClaim& claim) { return topmost ? likeness(claim, *topmost) : 0; };
+    const auto rank = [&](const WindowClaim& claim) { return topmost ? likeness(claim, *topmost, units) : 0; };
     main = std::ranges::max_element(windows, {}, rank);
   }
   return static_cast<std::size_t>(main - windows.begin());
 }
 
-std::optional<Point> offsetOfWindow(const WindowClaim& claim, std::span<const DesktopWindow> candidates) {
-  const auto rank = [&](const DesktopWindow& window) { return likeness(claim, window); };
-  const auto window = std::ranges::max_element(candidates, {}, rank);
-  if (window == candidates.end() || !claim.extents || !isSomewhere(*claim.extents)) return std::nullopt;
-  const int scale = fittingScale(*claim.extents, *window);
-  if (scale == 0) return std::nullopt;
-  const auto& [title, isActive, frame, client, contents] = *window;
-  const double leftShadow = contents.x - client.x;
-  const double topShadow = contents.y - client.y;
-  const double rightShadow = client.width - contents.width - leftShadow;
-  const double bottomShadow = client.height - contents.height - topShadow;
-  const double left = client.x + margin(leftShadow, rightShadow, client.width, claim.extents->width * scale);
-  const double top = client.y + margin(topShadow, bottomShadow, client.height, claim.extents->height * scale);
-  return Point{.x = std::trunc(left / scale) - claim.extents->x, .y = std::trunc(top / scale) - claim.extents->y};
+std::vector<PlacedWindow> placeWindows(std::span<const WindowClaim> windows, std::span<const DesktopWindow> candidates,
+                                       const ToolkitUnits& units) {
+  std::vector<PlacedWindow> placed;
+  placed.reserve(windows.size());
+  for (const auto& window : windows) placed.push_back(placeWindow(window, candidates, units));
+  if (!units.areOnScreen) return placed;
+  const auto main = mainWindow(windows, candidates.empty() ? nullptr : &candidates.front(), units);
+  const auto fallback = main ? placed[*main].placement.value_or(Placement{}) : Placement{};
+  for (auto& window : placed) {
+    if (!window.placement) window.placement = fallback;
+  }
+  return placed;
 }
 
 }  // namespace tavik::platform::atspi

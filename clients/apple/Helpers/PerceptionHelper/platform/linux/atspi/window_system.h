@@ -15,9 +15,9 @@ namespace tavik::platform::atspi {
 struct DesktopWindow {
   std::string title = {};  ///< valid UTF-8
   bool isActive = false;   ///< it has the keyboard focus
-  Rect frame = {};         ///< with decorations
   Rect client = {};        ///< what the application draws
   Rect contents = {};      ///< of that, what is no shadow
+  Rect visible = {};       ///< what a picture of the window shows: with decorations, without a shadow
 };
 
 struct WindowSystem {
