@@ -71,65 +71,35 @@ TEST(MainWindow, IsTheActiveOneElseTheBestFitElseTheFirst) {
 }
 
 TEST(PlaceWindows, MeasuresTheScaleAndLeadsToTheScreen) {
-  const Rect shadowed{40, 60, 352, 252}, contents{66, 83, 300, 200};
-  const Table<ToolkitUnits, Extents, DesktopWindow, std::optional<Placement>> cases{
-      {"Qt", kQt, {40, 60, 300, 200}, managed("W", {40, 60, 300, 200}), Placement{{40, 60}, {40, 60}}},
-      {"Qt at 1.5",
-       kQt,
-       {120, 90, 301, 203},
-       managed("W", {180, 135, 452, 304}),
-       Placement{{120, 90}, {180, 135}, 1.5}},
-      {"Chromium at 1.1",
-       kQt,
-       {10, 10, 508, 500},
-       managed("W", {11, 11, 559, 550}),
-       Placement{{10, 10}, {11, 11}, 1.1}},
-      {"Chromium with a shadow",
-       kQt,
-       {10, 10, 508, 500},
-       managed("W", {20, 20, 1016, 1000}, Rect{28, 20, 1000, 992}),
-       Placement{{10, 10}, {20, 20}, 2}},
-      {"an offset of the toolkit's own",
-       kQt,
-       {3, 9, 300, 200},
-       managed("W", {40, 60, 600, 400}),
-       Placement{{3, 9}, {40, 60}, 2}},
-      {"GTK 3 counts decorations, elements from the client",
-       kGTK3,
-       {633, 416, 333, 368},
-       managed("W", {634, 436, 331, 343}),
-       Placement{{634, 436}, {634, 436}}},
-      {"and halves odd corners",
-       kGTK3,
-       {234, 122, 332, 356},
-       managed("W", {469, 264, 662, 686}),
-       Placement{{234, 132}, {469, 264}, 2}},
-      {"while it is resized it knows the screen",
-       kQt,
-       {40, 60, 290, 190},
-       managed("W", {40, 60, 300, 200}),
-       Placement{{40, 60}, {40, 60}}},
-      {"GTK 4", kGTK4, {0, 0, 300, 200}, managed("W", {40, 60, 300, 200}), Placement{{0, 0}, {40, 60}}},
-      {"a shadow of known width",
-       kGTK4,
-       {0, 0, 300, 200},
-       managed("W", shadowed, contents),
-       Placement{{0, 0}, {66, 83}}},
-      {"a border on all sides",
-       kGTK4,
-       {0, 0, 355, 498},
-       managed("W", {435, 129, 730, 1016}),
-       Placement{{0, 0}, {445, 139}, 2}},
-      {"partly off the screen",
-       kGTK4,
-       {0, 0, 300, 200},
-       managed("W", {-40, -60, 300, 200}),
-       Placement{{0, 0}, {-40, -60}}},
-      {"another size: it is being resized", kGTK4, {0, 0, 300, 200}, managed("W", {0, 0, 500, 500}), std::nullopt},
-      {"then Qt is believed", kQt, {0, 0, 300, 200}, managed("W", {0, 0, 500, 500}), Placement{}},
-      {"nowhere", kGTK4, {INT_MIN, INT_MIN, 300, 200}, managed("W", {0, 0, 300, 200}), std::nullopt},
+  constexpr Rect kHere{40, 60, 300, 200}, kShadow{40, 60, 352, 252}, kInShadow{66, 83, 300, 200};
+  constexpr Extents kThis{40, 60, 300, 200}, kWindow{0, 0, 300, 200};
+  const struct Case {
+    std::string reason;
+    ToolkitUnits units;
+    Extents extents;
+    Rect client;
+    std::optional<Placement> expected;
+    std::optional<Rect> contents = {};
+  } cases[] = {
+      {"pixels", kQt, kThis, kHere, Placement{{40, 60}, {40, 60}}},
+      {"Qt at 1.5", kQt, {120, 90, 301, 203}, {180, 135, 452, 304}, Placement{{120, 90}, {180, 135}, 1.5}},
+      {"at 1.1", kQt, {10, 10, 509, 500}, {11, 11, 559, 550}, Placement{{10, 10}, {11, 11}, 1.1}},
+      {"at 106 dpi", kQt, {10, 10, 960, 480}, {11, 11, 1060, 530}, Placement{{10, 10}, {11, 11}, 106.0 / 96}},
+      {"Chromium counts its shadow", kQt, kThis, {80, 120, 600, 400}, Placement{{40, 60}, {80, 120}, 2}, kInShadow},
+      {"an offset of the toolkit's own", kQt, {3, 9, 300, 200}, kHere, Placement{{3, 9}, {40, 60}}},
+      {"while it is resized", kQt, {40, 60, 290, 190}, kHere, Placement{{40, 60}, {40, 60}}},
+      {"GTK 3 counts decorations", kGTK3, {39, 40, 302, 225}, kHere, Placement{{40, 60}, {40, 60}}},
+      {"and halves corners", kGTK3, {234, 122, 332, 356}, {469, 264, 662, 686}, Placement{{234, 132}, {469, 264}, 2}},
+      {"GTK 4", kGTK4, kWindow, kHere, Placement{{0, 0}, {40, 60}}},
+      {"a shadow of known width", kGTK4, kWindow, kShadow, Placement{{0, 0}, {66, 83}}, kInShadow},
+      {"a border", kGTK4, {0, 0, 355, 498}, {435, 129, 730, 1016}, Placement{{0, 0}, {445, 139}, 2}},
+      {"partly off the screen", kGTK4, kWindow, {-40, -60, 300, 200}, Placement{{0, 0}, {-40, -60}}},
+      {"another size", kGTK4, kWindow, {0, 0, 500, 500}, std::nullopt},
+      {"then Qt is believed", kQt, kWindow, {0, 0, 500, 500}, Placement{}},
+      {"nowhere", kGTK4, {INT_MIN, INT_MIN, 300, 200}, kHere, std::nullopt},
   };
-  for (const auto& [reason, units, extents, window, expected] : cases) {
+  for (const auto& [reason, units, extents, client, expected, contents] : cases) {
+    const auto window = managed("W", client, contents);
     const auto placed = placeWindows(std::vector{WindowClaim{"W", extents}}, std::vector{window}, units).front();
     ASSERT_EQ(placed.placement.has_value(), expected.has_value()) << reason;
     if (!expected) continue;
@@ -414,6 +384,31 @@ TEST(Application, ShowsFramesOnTheScreen) {
     EXPECT_EQ(windows[0]->copyAttributeValue("AXPosition").has_value(), knowsScreen)
         << "no frame is better than a wrong one: the X server has no window like the first";
     EXPECT_EQ(application.root()->session()->hasAllProperties, knowsScreen ? toolkit == "gtk" : true) << reason;
+  }
+}
+
+TEST(Application, TakesChromiumsPagesForPixels) {
+  constexpr std::uint32_t kPage = 95;
+  for (const auto& [extents, expected] :
+       {std::pair{Extents{502, 440, 306, 168}, Point{520, 480}}, {Extents{251, 220, 153, 84}, Point{1040, 960}}}) {
+    for (const auto* attribute : {"AXMainWindow", "AXFocusedUIElement"}) {
+      auto objects = twoWindows("Chromium", "1.0");
+      objects["/second"].extents = {250, 200, 155, 105};
+      objects["/box"] = {.extents = {251, 220, 153, 84}, .children = {"/page"}, .parent = "/second"};
+      objects["/page"] = {.role = kPage, .extents = extents, .children = {"/frame"}, .parent = "/box"};
+      objects["/frame"] = {.role = kPage, .extents = {510, 450, 90, 90}, .children = {"/a"}, .parent = "/page"};
+      objects["/a"] = {.name = "a", .extents = {520, 480, 30, 20}, .parent = "/frame"};
+      for (auto& [path, object] : objects) object.interfaces = {"Component", "Collection"};
+      objects["/second"].matches = {"/a"};
+      FakePeer peer(objects);
+      auto application = applicationOn(peer);
+      auto element = std::get<UIElementRef>(*application.copyAttributeValue(attribute));
+      while (string(*element, "AXTitle") != "a") {
+        element->copyAttributeValue("AXSize");
+        element = std::get<std::vector<UIElementRef>>(*element->copyAttributeValue("AXChildren")).front();
+      }
+      EXPECT_EQ(std::get<Point>(*element->copyAttributeValue("AXPosition")), expected) << attribute;
+    }
   }
 }
 

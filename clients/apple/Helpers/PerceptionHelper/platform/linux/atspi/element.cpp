@@ -42,7 +42,8 @@ Value value(const Knowledge& known) {
 
 std::optional<Rect> frame(const Knowledge& known) {
   if (known.visible) return known.visible;
-  return known.extents && known.placement ? frameOfExtents(*known.extents, *known.placement) : std::nullopt;
+  if (!known.extents || !known.placement) return std::nullopt;
+  return frameOfExtents(*known.extents, known.isInPixels ? Placement{} : *known.placement);
 }
 
 Value position(const Knowledge& known) {
@@ -122,6 +123,7 @@ std::optional<AttributeValue> Element::copyAttributeValue(std::string_view name)
   if (attribute == nullptr) return std::nullopt;
   ask(attribute->facts);
   session_->conversation.settle();
+  known_.isInPixels = isOnPageInPixels();
   return attribute->read(known_);
 }
 
@@ -152,6 +154,7 @@ void Element::withRoleNumber(const std::function<void()>& then) {
   if (roleNumber_) return then();
   session_->conversation.ask(reference(), kAccessible, "GetRole", [this, then](const dbus::Answer& answer) {
     roleNumber_ = readUInt32(answer.reply);
+    lineage_->isPage = roleNumber_ && axRole(*roleNumber_, false) == "AXWebArea";
     then();
   });
 }
@@ -227,7 +230,10 @@ void Element::askText() {
 }
 
 void Element::askExtents() {
-  const auto handler = [this](const dbus::Answer& answer) { known_.extents = readExtents(answer.reply); };
+  const auto handler = [this](const dbus::Answer& answer) {
+    known_.extents = readExtents(answer.reply);
+    lineage_->extents = known_.extents;
+  };
   session_->conversation.ask(reference(), kComponent, "GetExtents", handler, "u",
                              static_cast<std::uint32_t>(session_->coordinates));
 }
@@ -307,6 +313,16 @@ bool Element::isBelow(const dbus::Reference& reference) const {
   const auto* ancestor = lineage_.get();
   while (ancestor != nullptr && ancestor->reference != reference) ancestor = ancestor->parent.get();
   return ancestor != nullptr;
+}
+
+bool Element::isOnPageInPixels() const {
+  if (!known_.placement || known_.placement->scale == 1) return false;
+  const Lineage* page = nullptr;
+  for (const Lineage* at = lineage_.get(); at != nullptr; at = at->parent.get()) {
+    if (at->isPage) page = at;
+  }
+  if (page == nullptr || !page->parent || !page->extents || !page->parent->extents) return false;
+  return countsPixels(*page->extents, *page->parent->extents, known_.placement->scale);
 }
 
 void Element::adopt(std::vector<dbus::Reference> references, const std::function<void()>& then) {

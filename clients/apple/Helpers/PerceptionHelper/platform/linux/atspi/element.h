@@ -38,16 +38,19 @@ struct Knowledge {
   std::optional<Extents> extents = {};
   std::optional<Placement> placement = {};  ///< of the extents in its window, if that is known
   std::optional<Rect> visible = {};         ///< of a window that the window system has
+  bool isInPixels = false;                  ///< its extents are the frame, whatever the placement says
   std::vector<std::shared_ptr<Element>> children = {};
 };
 
 /// What a walk has to ask for to read these attributes of an object; its children are asked for apart.
 unsigned factsFor(std::span<const std::string_view> attributes);
 
-/// The objects from the root of a tree down to one of it.
+/// The objects from the root of a tree down to one of it, and what those below have to know of each.
 struct Lineage {
   dbus::Reference reference = {};
   std::shared_ptr<const Lineage> parent = {};
+  std::optional<Extents> extents = {};
+  bool isPage = false;  ///< a page of a browser
 };
 
 /// An object of an accessibility tree. Asks for each thing at most once, when it is first wanted, and keeps what it was
@@ -81,7 +84,7 @@ class Element final : public UIElement {
   const std::shared_ptr<Session>& session() const { return session_; }
   const dbus::Reference& reference() const { return lineage_->reference; }
   const Knowledge& known() const { return known_; }
-  const std::shared_ptr<const Lineage>& lineage() const { return lineage_; }
+  std::shared_ptr<const Lineage> lineage() const { return lineage_; }
   /// For a window, before its children are known.
   void place(const PlacedWindow& placed) {
     known_.visible = placed.visible;
@@ -120,11 +123,14 @@ class Element final : public UIElement {
   /// another parent: anybody can claim anybody's objects.
   void adopt(std::vector<dbus::Reference> references, const std::function<void()>& then);
   bool isBelow(const dbus::Reference& reference) const;
+  /// True on the pages of Chromium, which are in pixels where its windows are not. What is known of the objects that it
+  /// is in decides.
+  bool isOnPageInPixels() const;
   std::size_t addChildren(std::vector<dbus::Reference> references);
   std::optional<std::string> admitted(std::optional<std::string> text);
 
   std::shared_ptr<Session> session_;
-  std::shared_ptr<const Lineage> lineage_;
+  std::shared_ptr<Lineage> lineage_;
   Knowledge known_;
   unsigned asked_ = 0;
   bool askedInterfaces_ = false;

@@ -1,7 +1,10 @@
 #include "platform/linux/atspi/focus.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "platform/linux/atspi/tree.h"
 
@@ -15,6 +18,41 @@ constexpr TreeBounds kSearchBounds{.maxDepth = 32, .maxChildren = 200, .maxEleme
 /// An element below the window about which nothing has been read.
 ElementRef freshElement(Element& window, dbus::Reference reference) {
   return std::make_shared<Element>(window.session(), std::move(reference), window.known().placement, window.lineage());
+}
+
+/// The objects from a child of the window down to this one. Nothing when it is not below the window, or too deep.
+std::vector<dbus::Reference> pathTo(const dbus::Reference& reference, Element& window) {
+  constexpr std::size_t kMaxDepth = 100;
+  std::vector<dbus::Reference> path;
+  auto next = reference;
+  while (next != window.reference()) {
+    if (next.busName != reference.busName || path.size() == kMaxDepth) return {};
+    path.push_back(std::exchange(next, {}));
+    window.session()->conversation.askProperty(path.back(), kAccessible, "Parent", [&next](const dbus::Answer& answer) {
+      next = readReferenceProperty(answer.reply).value_or(dbus::Reference{});
+    });
+    window.session()->conversation.settle();
+  }
+  std::ranges::reverse(path);
+  return path;
+}
+
+/// The same of an element that is somewhere below. Where its frame depends on what it is in, that is found out.
+ElementRef freshDescendant(Element& window, const dbus::Reference& reference) {
+  const auto& placement = window.known().placement;
+  std::vector<ElementRef> elements;
+  if (placement && placement->scale != 1) {
+    for (auto& step : pathTo(reference, window)) {
+      const auto lineage = elements.empty() ? window.lineage() : elements.back()->lineage();
+      elements.push_back(std::make_shared<Element>(window.session(), std::move(step), placement, lineage));
+    }
+  }
+  if (elements.empty()) return freshElement(window, reference);
+  auto descendant = std::move(elements.back());
+  elements.pop_back();
+  for (const auto& element : elements) element->ask(fact::role | fact::extents);
+  window.session()->conversation.settle();
+  return descendant;
 }
 
 /// Asks for the objects below a window that have the state FOCUSED. Nothing when the window cannot be asked.
@@ -53,7 +91,8 @@ ElementRef focusedElementIn(const ElementRef& asked, TreeBounds& bounds) {
     if (focused && focused->empty()) return nullptr;
     // One of another process may be anybody's; the search looks at those alone that belong here.
     const bool isOwn = focused && focused->front().busName == window.reference().busName;
-    if (isOwn) return freshElement(window, focused->front());
+    if (isOwn && focused->front() == window.reference()) return asked;
+    if (isOwn) return freshDescendant(window, focused->front());
   }
   return searchFocused(asked, bounds);
 }

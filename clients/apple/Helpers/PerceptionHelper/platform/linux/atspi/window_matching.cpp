@@ -47,13 +47,16 @@ std::optional<Fit> closestFit(const Extents& extents, const DesktopWindow& windo
   return closest;
 }
 
-/// Usual scales are quarters. Others, set by a density of the screen, are believed when both sides have them.
+/// Usual scales are quarters, some are twentieths. Others, set by a density of the screen, are believed when both sides
+/// have them.
 std::optional<Fit> fitOf(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& units) {
   if (!claim.extents || !isSomewhere(*claim.extents)) return std::nullopt;
-  std::optional<Fit> fit;
-  if (!units.areWhole) fit = closestFit(*claim.extents, window, 0.25, kRounding);
-  if (!units.areWhole && !fit) fit = closestFit(*claim.extents, window, 0, kRounding);
-  return fit ? fit : closestFit(*claim.extents, window, 1, kBorders);
+  if (!units.areWhole) {
+    for (const double step : {0.25, 0.05, 0.0}) {
+      if (const auto fit = closestFit(*claim.extents, window, step, kRounding)) return fit;
+    }
+  }
+  return closestFit(*claim.extents, window, 1, kBorders);
 }
 
 bool isThere(const Extents& extents, const Fit& fit) {
@@ -109,6 +112,11 @@ PlacedWindow placeWindow(const WindowClaim& claim, std::span<const DesktopWindow
 
 bool isSomewhere(const Extents& extents) {
   return extents.x != kNowhere && extents.y != kNowhere && extents.width > 0 && extents.height > 0;
+}
+
+bool countsPixels(const Extents& page, const Extents& view, double scale) {
+  return distance(page.width / scale - view.width, page.height / scale - view.height) <
+         distance(page.width - view.width, page.height - view.height);
 }
 
 std::optional<Rect> frameOfExtents(const Extents& extents, const Placement& placement) {

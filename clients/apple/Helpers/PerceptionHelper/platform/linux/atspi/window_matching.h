@@ -24,6 +24,10 @@ struct Extents {
 /// False of an element of no size, and of one that reports INT_MIN, as closed GTK 3 menus do.
 bool isSomewhere(const Extents& extents);
 
+/// True of a page that is in pixels: its extents are closer to the scaled ones of the view that it fills than to those
+/// themselves.
+bool countsPixels(const Extents& page, const Extents& view, double scale);
+
 /// What is known beforehand of the extents of a toolkit.
 struct ToolkitUnits {
   bool areOnScreen = true;  ///< they count from a corner of the screen, not from one of the window
