@@ -111,13 +111,25 @@ class Window:
         active = ("xprop", "-root", "_NET_ACTIVE_WINDOW")
         wait_for(lambda: int(tool(*active).split()[-1], 16) == int(self.client, 16), "it does not become active")
 
+    @property
+    def margins(self) -> tuple[int, ...]:
+        """Of the shadow that it draws itself: left, right, top, bottom."""
+        found = re.search(r"= (\d+), (\d+), (\d+), (\d+)", tool("xprop", "-id", self.client, "_GTK_FRAME_EXTENTS"))
+        return tuple(map(int, found.groups())) if found else (0, 0, 0, 0)
+
+    @property
+    def corner(self) -> tuple[int, int]:
+        """Of the window and its decorations, without that shadow."""
+        left, _, top, _ = self.margins
+        x, y = corner(frame_of(self.client))
+        return x + left, y + top
+
     def screenshot(self) -> str:
-        """Of the window and its decorations, without the shadow that some draw themselves, to ImageMagick."""
-        margins = re.search(r"= (\d+), (\d+), (\d+), (\d+)", tool("xprop", "-id", self.client, "_GTK_FRAME_EXTENTS"))
-        if not margins:
+        """Of the same, to ImageMagick."""
+        left, right, top, bottom = self.margins
+        if not any(self.margins):
             return screenshot(frame_of(self.client))
-        left, right, top, bottom = map(int, margins.groups())
-        extent = tool("xwininfo", "-id", self.client)
+        extent = tool("xwininfo", "-id", frame_of(self.client))
         width, height = (int(side) for side in re.findall(r"(?:Width|Height): (\d+)", extent))
         part = f"[{width - left - right}x{height - top - bottom}+{left}+{top}]"
         return screenshot(frame_of(self.client)) + part
@@ -125,6 +137,17 @@ class Window:
 
 def size_and_type(picture: bytes, source: str = "-") -> str:
     return tool("/usr/bin/identify", "-format", "%wx%h %m", source, stdin=picture)
+
+
+def size_of(picture: bytes) -> tuple[int, ...]:
+    return tuple(map(int, size_and_type(picture).split()[0].split("x")))
+
+
+def pixels(file: str, points: list[tuple[int, int]]) -> list[str]:
+    """The colours there: red, green and blue in hexadecimal digits."""
+    width = int(tool("/usr/bin/identify", "-format", "%w", file))
+    colours = output_of("/usr/bin/convert", file, "-depth", "8", "rgb:-")
+    return [colours[3 * (y * width + x) :][:3].hex() for x, y in points]
 
 
 def differing_pixels(png: bytes, expected: str) -> str:
