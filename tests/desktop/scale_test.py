@@ -19,7 +19,8 @@ def points_within(frame: list[int]) -> list[tuple[int, int]]:
 
 def points_around(fields: list[list[int]]) -> list[tuple[int, int]]:
     """Beside each of the entry fields, which stand below each other, and above and below them all."""
-    sides = [(at, top + height // 4) for left, top, width, height in fields for at in (left - BORDER, left + width + BORDER)]
+    lines = ((left - BORDER, left + width + BORDER, top + height // 4) for left, top, width, height in fields)
+    sides = [(x, high) for left, right, high in lines for x in (left, right)]
     (left, top, width, _), (*_, last_top, _, last_height) = fields[0], fields[-1]
     return [*sides, (left + width // 2, top - BORDER), (left + width // 2, last_top + last_height + BORDER)]
 
