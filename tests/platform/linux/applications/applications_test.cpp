@@ -15,8 +15,10 @@
 #include <gtest/gtest.h>
 
 #include "platform/linux/applications/application_identity.h"
+#include "platform/linux/applications/interpreter.h"
 #include "platform/linux/applications/process_activity.h"
 #include "platform/linux/applications/process_evidence.h"
+#include "platform/linux/applications/read_in_child.h"
 #include "platform/posix/file_descriptor.h"
 #include "table.h"
 
@@ -109,22 +111,65 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
   add("system/Viewer.desktop", "Name=By id\n");
   add("system/zzz.desktop", "Name=By class\nStartupWMClass=VIEWER\n");
   const std::string tool = "org.example.Tool", settings = "org.example.Settings", viewer = "org.example.viewer";
-  // sandbox, GTK's application id, instance, class, executable, process, unit
+  // Debian's, where what the windows say misleads.
+  add("system/caja-browser.desktop", "Name=Caja\nExec=/usr/bin/caja --no-desktop --browser %U\n");
+  add("system/caja.desktop", "Name=Hidden\nExec=/usr/bin/caja\nNoDisplay=true\n");
+  add("system/a.gwenview_importer.desktop",
+      "Name=Importer\nExec=gwenview_importer %u\nNoDisplay=true\nStartupWMClass=gwenview\n");
+  add("system/org.kde.gwenview.desktop", "Name=Gwenview\nExec=gwenview %U\n");
+  add("system/panel-preferences.desktop",
+      "Name=Panel\nExec=xfce4-panel --preferences\nCategories=XFCE;Settings;DesktopSettings;\n");
+  add("system/electrum.desktop", "Name=Electrum\nExec=env LANG=C 'electrum' %u\n");
+  add("system/jar.desktop", "Name=Jar\nExec=java -jar /usr/share/java/ledger.jar\n");
+  // sandbox, GTK's application id, instance, class, executable, process, unit, script
   const Table<ApplicationEvidence, std::vector<std::string>, std::optional<std::string>> cases{
       {"the sandbox's word comes first", {"Viewer", viewer, "", "", "", "p"}, {"Viewer", viewer}, "By id"},
       {"GTK's word, where an entry bears it out", {"", viewer, "", "Viewer"}, {viewer, "zzz"}, "By end of id"},
-      {"and for want of better", {"", "org.gtk", "i", "c"}, {"org.gtk", "i", "c"}, "c"},
+      {"and for want of better", {"", "org.gtk", "SWT", "Tk"}, {"org.gtk", "SWT", "Tk"}, "Tk"},
+      {"else what the window calls itself", {"", "org.gtk", "i", "c", "p"}, {"i", "c", "p", "org.gtk"}, "c"},
       {"StartupWMClass, before the id, in any case", {"", "", "viewer", "Viewer"}, {"zzz"}, "By class"},
       {"the id's end is the instance", {"", "", "viewer", "V"}, {viewer}, "By end of id"},
-      {"the program, whatever its window says", {"", "", "", "Viewer", "tool"}, {settings, "zzz"}, "By program"},
-      {"of several the one like the window", {"", "", "", "Tool", "tool"}, {tool}, "By program and class"},
+      {"the program's entry, whatever the window says",
+       {"", "", "", "Viewer", "tool"},
+       {tool, "zzz"},
+       "By program and class"},
+      {"of several the one like the window", {"", "", "", "Settings", "tool"}, {settings}, "By program"},
       {"or the one of its unit", {"", "", "", "Tool", "tool", "", settings}, {settings, tool}, "By program"},
-      {"where that starts the program", {"", "", "", "", "tool", "", "Viewer"}, {settings}, "By program"},
+      {"where that starts the program", {"", "", "", "", "tool", "", "Viewer"}, {tool}, "By program and class"},
       {"but of no hidden interpreter", {"", "", "i", "c", "script"}, {"i", "c", "script"}, "c"},
       {"the window only", {"", "", "unknown", "Unknown", "", "p"}, {"unknown", "Unknown"}, "Unknown"},
       {"the process only", {"", "", "", "", "daemon", "daemon"}, {"daemon"}, "daemon"},
       {"the program, however it is called", {"", "", "", "Viewer", "vault"}, {"zzz", "vault"}, "By class"},
       {"nothing", {}, {}, std::nullopt},
+      {"a hidden entry fits better, one that is shown counts more",
+       {"", "", "gwenview", "gwenview"},
+       {"org.kde.gwenview", "a.gwenview_importer"},
+       "Gwenview"},
+      {"what GTK says has no file, the program's has options",
+       {"", "org.mate.Caja", "caja", "Caja", "caja"},
+       {"caja-browser", "caja", "org.mate.Caja"},
+       "Caja"},
+      {"a program's settings are not the program",
+       {"", "", "xfce4-panel", "Xfce4-panel", "xfce4-panel"},
+       {"xfce4-panel", "Xfce4-panel", "panel-preferences"},
+       "Xfce4-panel"},
+      {"a toolkit's name for everybody is nobody's",
+       {"", "", "FLTK", "FLTK", "flviewer", "flviewer"},
+       {"flviewer", "FLTK"},
+       "flviewer"},
+      {"a script that an entry starts",
+       {"", "", "", "Tk", "python3.11", "", "", "electrum"},
+       {"electrum", "Tk", "python3.11"},
+       "Electrum"},
+      {"a script that none starts",
+       {"", "", "tk", "Tk", "python3.11", "", "", "chrooted.py"},
+       {"chrooted.py", "tk", "Tk", "python3.11"},
+       "chrooted.py"},
+      {"a Java program",
+       {"", "", "sun-awt-X11-XFramePeer", "org-jar-Main", "java", "java", "", "Main"},
+       {"org-jar-Main", "Main", "sun-awt-X11-XFramePeer", "java"},
+       "org-jar-Main"},
+      {"one that an entry starts", {"", "", "", "", "java", "java", "", "ledger"}, {"jar", "ledger", "java"}, "Jar"},
   };
   for (const auto& [reason, evidence, identifiers, name] : cases) {
     const auto identity = identify(evidence, entries);
@@ -132,6 +177,24 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
     EXPECT_EQ(identity.localizedName, name) << reason;
     EXPECT_EQ(identity.noDisplay, !identifiers.empty() && identifiers.front() == viewer) << reason;
   }
+}
+
+TEST(Interpreter, RunsWhatItsCommandLineNames) {
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"python3.11", "-I", "-W", "ignore", "/usr/bin/electrum", "-v"}, "electrum"},
+      {{"python3", "-m", "package.viewer"}, "viewer"},
+      {{"python3", "-c", "print()"}, ""},
+      {{"python3", "-"}, ""},
+      {{"python3"}, ""},
+      {{"java", "-Xmx512m", "-cp", "/a.jar:/b.jar", "org.example.Main", "x"}, "Main"},
+      {{"java", "-jar", "/usr/share/java/jameica.jar"}, "jameica"},
+      {{"wish8.6", "gorilla.tcl"}, "gorilla.tcl"},
+      {{"sh", std::string(300, 'x')}, ""},
+      {{"xterm", "-e", "python3"}, ""},
+      {{}, ""},
+  };
+  for (const auto& [commandLine, script] : cases)
+    EXPECT_EQ(scriptOf(commandLine), script) << testing::PrintToString(commandLine);
 }
 
 TEST(ProcessEvidence, KnowsTheApplicationOfAUnit) {
@@ -182,6 +245,23 @@ TEST(ProcessEvidence, KnowsTheProgramOfAProcess) {
 }
 
 using namespace std::chrono_literals;
+
+TEST(ProcessEvidence, KnowsTheScriptOfAProcess) {
+  const auto file = testing::TempDir() + "script-" + std::to_string(::getpid());
+  ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+  const posix::FileDescriptor line(::open(file.c_str(), O_RDWR));
+  const auto child = ::fork();
+  if (child == 0) ::execl("/bin/sh", "sh", "-e", file.c_str(), nullptr);  // which waits for its first line
+  const auto shell = fs::canonical("/bin/sh").filename().string();
+  const auto end = std::chrono::steady_clock::now() + 10s;
+  while (executableName(child) != shell && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(1ms);
+  EXPECT_EQ(scriptName(child, shell), fs::path(file).filename());
+  EXPECT_EQ(scriptName(child, "xterm"), "") << "it runs no scripts";
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(readInChild(file, 1, 50ms), std::nullopt) << "it never ends";
+  ::unlink(file.c_str());
+}
 
 /// Waits for what is sent, reads it, and waits for more.
 void listen(int descriptor) {

@@ -19,6 +19,7 @@ struct ApplicationEvidence {
   std::string executable = {};        ///< base name of the program file
   std::string processName = {};       ///< what the kernel calls the process
   std::string unitID = {};            ///< the application that its systemd unit was started for
+  std::string script = {};            ///< the name of what it runs, where it is an interpreter
 };
 
 /// Who it is.
@@ -31,13 +32,14 @@ struct ApplicationIdentity {
 
 /// Weighs the evidence, what cannot be forged first:
 /// 1. the sandbox;
-/// 2. of the installed entries that start this program file, the one that the process's unit was started for, else the
-///    one that fits the window best. A unit alone proves nothing: what an application starts stays in it. An
-///    interpreter's own entry, which menus do not show, is not the identity of everything that it runs;
+/// 2. of the installed entries that start this program, the one that the process's unit was started for, else the one
+///    that fits the window best, else one that starts it without options. A unit alone proves nothing: what an
+///    application starts stays in it. Of an interpreter, the script is the program, which its process can forge;
 /// 3. the entry that the window names;
-/// 4. of all installed entries, the one that fits the window best;
-/// 5. what the window says of itself, where nothing installed bears it out;
-/// 6. the program file's own name, where no installed entry starts it: a window can call itself otherwise.
+/// 4. of all installed entries, one that menus show, and of those the one that fits the window best;
+/// 5. what the window calls itself, where nothing installed bears it out; the script's name; the program's, where no
+///    installed entry starts it: a window can call itself otherwise;
+/// 6. what the window names in vain, names that many share, and entries for the settings of the program.
 /// In order, an entry fits a window whose StartupWMClass is the window's class, whatever the case; whose id is that
 /// class; whose id ends, after its last dot, in the class or the instance.
 ApplicationIdentity identify(const ApplicationEvidence& evidence, DesktopEntryCatalog& catalog);

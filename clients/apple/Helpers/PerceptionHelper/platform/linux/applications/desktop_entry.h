@@ -11,7 +11,9 @@ struct DesktopEntry {
   std::string id = {};            ///< the desktop file id, without ".desktop"
   std::string name = {};          ///< in the user's language
   std::string startupClass = {};  ///< StartupWMClass: the class of its windows; empty when it does not say
-  std::string program = {};       ///< the base name of the executable that it starts
+  std::string program = {};       ///< the base name of what it starts; of an interpreter, the script's
+  bool hasOptions = false;        ///< it starts that with arguments besides the files to open
+  bool isForSettings = false;     ///< its category says so
   bool noDisplay = false;         ///< not offered in menus
 };
 

@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
+#include "platform/linux/applications/interpreter.h"
 #include "platform/linux/applications/key_file.h"
 #include "platform/linux/applications/proc_path.h"
+#include "platform/linux/applications/read_in_child.h"
 #include "platform/posix/regular_file.h"
 #include "text/utf8.h"
 
@@ -133,6 +137,19 @@ std::string executableName(std::int32_t processID) {
   auto name = std::filesystem::read_symlink(procPath(processID, "exe"), error).filename().string();
   if (name.ends_with(kReplaced)) name.resize(name.size() - kReplaced.size());
   return text::toValidUTF8(name);
+}
+
+/// The command line lies in the memory of the process, which may in turn be a file that never answers (proc(5)).
+std::string scriptName(std::int32_t processID, const std::string& executable) {
+  constexpr std::size_t kLongestCommandLine = std::size_t{128} * 1024;
+  constexpr std::chrono::milliseconds kPatience{200};
+  if (!isInterpreter(executable)) return "";
+  const auto text = readInChild(procPath(processID, "cmdline"), kLongestCommandLine, kPatience).value_or("");
+  std::string_view rest = text;
+  std::vector<std::string> commandLine;
+  while (!rest.empty()) commandLine.emplace_back(takeUntil('\0', rest));
+  if (!commandLine.empty()) commandLine.front() = executable;
+  return text::toValidUTF8(scriptOf(commandLine));
 }
 
 std::string processName(std::int32_t processID) {

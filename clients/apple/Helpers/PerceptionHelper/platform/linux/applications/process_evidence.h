@@ -31,6 +31,10 @@ std::string applicationOfUnit(std::string_view controlGroups);
 /// The base name of the file that the process runs, also when an update has replaced that file. Valid UTF-8.
 std::string executableName(std::int32_t processID);
 
+/// The name of the script, jar or class that the process runs, where its program is an interpreter: by its command
+/// line, which it can change. Valid UTF-8.
+std::string scriptName(std::int32_t processID, const std::string& executable);
+
 /// The name that the kernel has for the process, at most 15 bytes long. Valid UTF-8.
 std::string processName(std::int32_t processID);
 

@@ -16,6 +16,7 @@ applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std:
                                              .executable = applications::executableName(processID),
                                              .processName = applications::processName(processID),
                                              .unitID = applications::unitApplicationID(processID)};
+  evidence.script = applications::scriptName(processID, evidence.executable);
   if (windows.empty()) return identify(evidence, catalog);
   std::optional<applications::ApplicationIdentity> identity;
   std::set<std::tuple<std::string, std::string, std::string>> known;  // what windows say, which few say differently
