@@ -2,13 +2,23 @@
 
 import os
 import shutil
+import socket
 import subprocess
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 from unittest.mock import patch
 
 from perception import PIXELS, TREE, ask, capture, code, picture
-from witnesses import Window, differing_pixels, screenshot, size_and_type, state_of_desktop, tool
+from witnesses import (
+    Window,
+    differing_pixels,
+    screenshot,
+    size_and_type,
+    state_of_desktop,
+    tool,
+    wait_for,
+    windows_of_class,
+)
 
 
 class ApplicationsTest(unittest.TestCase):
@@ -38,12 +48,43 @@ class ApplicationsTest(unittest.TestCase):
         read_end, write_end = os.pipe()
         os.write(write_end, b"[Application]\nname=org.example.Boxed\n")
         os.close(write_end)
-        box = ("bwrap", *binds, "--proc", "/proc", "--ro-bind-data", str(read_end), "/.flatpak-info")
+        box = ("bwrap", "--die-with-parent", *binds, "--proc", "/proc", "--ro-bind-data", str(read_end), "/.flatpak-info")
         with subprocess.Popen([*box, "xterm", "-T", "boxed"], pass_fds=(read_end,)) as boxed:
             self.addCleanup(boxed.kill)
             tool("xdotool", "search", "--sync", "--onlyvisible", "--name", "^boxed$")
             self.assertEqual(capture({"app_bundle_id": "org.example.Boxed"})["ax_tree"], {})
             boxed.kill()
+            wait_for(lambda: len(windows_of_class("XTerm")) == 1, "its window is still there")
+
+    def test_of_several_processes_the_one_in_use(self) -> None:
+        request = {"app_name": "XTerm"} | PIXELS
+        size = size_and_type(picture(request))
+        process = subprocess.Popen(["xterm", "-class", "Second", "-geometry", "20x4"])
+        for end in (self.terminal.restore, process.wait, process.kill):
+            self.addCleanup(end)
+        tool("xdotool", "search", "--sync", "--onlyvisible", "--class", "^Second$")
+        second = Window("Second")
+        for reason, prepare, is_first in (
+            ("it is active", second.activate, False),
+            ("the other one is active", self.terminal.activate, True),
+            ("and was active later", self.editor.activate, True),
+            ("and is minimized", self.terminal.minimize, False),
+        ):
+            with self.subTest(reason):
+                prepare()
+                self.assertEqual(size_and_type(picture(request)) == size, is_first)
+
+    def test_windows_of_another_machine(self) -> None:
+        """Which reach the server through a process of this machine, whose tree and name are not theirs."""
+        request = {"app_bundle_id": "galculator"}
+        self.assertNotEqual(capture(request | TREE)["ax_tree"], {})
+        self.calculator.claim("elsewhere.example", 1)
+        self.addCleanup(self.calculator.claim, socket.gethostname(), self.calculator.process)
+        data = capture(request)
+        self.assertEqual((data["ax_tree"], data["context"]["app_name"]), ({}, "Galculator"))
+        self.assertTrue(data["image"])
+        self.calculator.activate()
+        self.assertEqual(capture({"target": "focused_element"})["context"]["app_bundle_id"], "galculator")
 
     def test_not_found(self) -> None:
         for reason, name in (("a process without a window", "openbox"), ("installed, but not running", "UXTerm")):

@@ -4,6 +4,7 @@ import json
 import os
 import shutil
 import signal
+import socket
 import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
@@ -82,6 +83,17 @@ class PolicyTest(unittest.TestCase):
                 data = capture(request, sensitive)
                 self.assertIsNone(data["image"])
                 self.assertEqual((data["sensitive_app_match"], data["sensitive_bundle_id"]), (True, IDENTIFIER))
+
+    def test_a_window_hides_no_process(self) -> None:
+        """Neither the script that an interpreter runs, nor the process through which another machine's windows come."""
+        sensitive = policy('bundle_id_blocklist:\n  - "made_window.py"\n')
+        window = Window("made-secrets")
+        self.addCleanup(window.claim, socket.gethostname(), window.process)
+        for machine, process in ((socket.gethostname(), window.process), ("elsewhere.example", 1)):
+            with self.subTest(machine):
+                window.claim(machine, process)
+                self.assertEqual(capture(REQUEST | PIXELS, sensitive).get("sensitive_bundle_id"), "made_window.py")
+
     def test_one_that_comes_to_the_front_meanwhile_is_not_pictured(self) -> None:
         first, sensitive = Window("made-two"), Window("made-secrets")
         first.activate()

@@ -72,6 +72,10 @@ def corner(window: str) -> tuple[int, ...]:
     return tuple(int(at) for at in re.findall(r"Absolute upper-left [XY]: +(-?\d+)", tool("xwininfo", "-id", window)))
 
 
+def height(window: str) -> int:
+    return int(re.search(r"Height: (\d+)", tool("xwininfo", "-id", window)).group(1))
+
+
 def frame_of(client: str) -> str:
     """The window manager's frame around a client: its ancestor just below the root."""
     tree = tool("xwininfo", "-tree", "-id", client)
@@ -123,6 +127,20 @@ class Window:
         left, _, top, _ = self.margins
         x, y = corner(frame_of(self.client))
         return x + left, y + top
+
+
+    def minimize(self) -> None:
+        tool("xdotool", "windowminimize", "--sync", self.client)
+
+    def restore(self) -> None:
+        """Returns when the window manager has unrolled it."""
+        self.activate()
+        wait_for(lambda: height(frame_of(self.client)) > height(self.client), "the window is not unrolled")
+
+    def claim(self, machine: str, process: int) -> None:
+        """Has the window say that this process of this machine made it."""
+        for name, kind, value in (("WM_CLIENT_MACHINE", "8s", machine), ("_NET_WM_PID", "32c", str(process))):
+            tool("xprop", "-id", self.client, "-f", name, kind, "-set", name, value)
 
     def screenshot(self) -> str:
         """Of the same, to ImageMagick."""

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <optional>
 #include <string>
+#include <sys/utsname.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/scale_factor.h"
 #include "platform/linux/x11/windows/outer_rect.h"
+#include "platform/linux/x11/server/x_clients.h"
 #include "platform/linux/x11/windows/window_traits.h"
 #include "platform/linux/x11/windows/window_tree.h"
 #include "platform/linux/x11/xsettings.h"
@@ -75,6 +77,27 @@ TEST(WindowHints, TellLayerAndKind) {
   }
   const auto window = hinted({.states = {XCB_ATOM_NONE}, .types = {XCB_ATOM_NONE}}, std::nullopt, AtomTable{});
   EXPECT_TRUE(window.isRegular && window.layer == 0) << "a server that has never heard of EWMH";
+}
+
+TEST(OtherMachines, HaveAProcessOfTheirOwnForEachClient) {
+  utsname system{};
+  ASSERT_EQ(::uname(&system), 0);
+  const std::string own = system.nodename, other = own + "-other";
+  EXPECT_TRUE(isOfOtherMachine(other, 7, 42)) << "which reaches the server through process 42";
+  EXPECT_TRUE(isOfOtherMachine(other, 42, 0)) << "and through no process of this machine";
+  EXPECT_FALSE(isOfOtherMachine(other, 42, 42)) << "this machine has been renamed";
+  EXPECT_FALSE(isOfOtherMachine(own, 7, 42)) << "in a sandbox of its own numbers";
+  EXPECT_FALSE(isOfOtherMachine("", 7, 42)) << "it does not say";
+  std::vector<ManagedWindow> windows{{.client = 0x200001, .processID = 42},
+                                     {.client = 0x200002, .processID = 42, .isOfOtherMachine = true},
+                                     {.client = 0x400001, .processID = 42, .isOfOtherMachine = true},
+                                     {.client = 0x600001, .processID = 42}};
+  separateOtherMachines(windows, 0x1FFFFF);
+  const std::vector<std::int32_t> processes{-0x200000, -0x200000, -0x400000, 42}, relays{42, 42, 42, 0};
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    EXPECT_EQ(windows[i].processID, processes[i]) << i;
+    EXPECT_EQ(windows[i].relayProcessID, relays[i]) << i;
+  }
 }
 
 TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {

@@ -9,6 +9,15 @@
 #include "platform/linux/applications/process_evidence.h"
 
 namespace tavik::platform::x11 {
+namespace {
+
+void addNew(std::vector<std::string>& identifiers, std::vector<std::string> others) {
+  for (auto& other : others) {
+    if (std::ranges::find(identifiers, other) == identifiers.end()) identifiers.push_back(std::move(other));
+  }
+}
+
+}  // namespace
 
 applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std::span<const ManagedWindow> windows,
                                                     applications::DesktopEntryCatalog& catalog) {
@@ -30,12 +39,17 @@ applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std:
       identity = std::move(ofWindow);
       continue;
     }
-    auto& identifiers = identity->bundleIdentifiers;
-    for (auto& identifier : ofWindow.bundleIdentifiers) {
-      if (std::ranges::find(identifiers, identifier) == identifiers.end()) identifiers.push_back(std::move(identifier));
-    }
+    addNew(identity->bundleIdentifiers, std::move(ofWindow.bundleIdentifiers));
   }
   return *identity;
+}
+
+std::vector<std::string> policyIdentifiers(std::int32_t processID, std::span<const ManagedWindow> windows,
+                                           applications::DesktopEntryCatalog& catalog) {
+  auto identifiers = identityOfProcess(processID, windows, catalog).bundleIdentifiers;
+  const auto relay = windows.empty() ? 0 : windows.front().relayProcessID;
+  if (relay != 0) addNew(identifiers, identityOfProcess(relay, windows, catalog).bundleIdentifiers);
+  return identifiers;
 }
 
 }  // namespace tavik::platform::x11

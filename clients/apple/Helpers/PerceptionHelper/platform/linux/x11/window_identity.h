@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "platform/linux/applications/application_identity.h"
 #include "platform/linux/x11/windows/managed_window.h"
@@ -12,5 +14,10 @@ namespace tavik::platform::x11 {
 /// its name is that window's, and the identifiers that the others give besides come last. There may be no windows.
 applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std::span<const ManagedWindow> windows,
                                                     applications::DesktopEntryCatalog& catalog);
+
+/// All identifiers of the same that a policy may name. Those of the process that another machine's windows come through
+/// are among them, last: a window of this machine can say that it is another's.
+std::vector<std::string> policyIdentifiers(std::int32_t processID, std::span<const ManagedWindow> windows,
+                                           applications::DesktopEntryCatalog& catalog);
 
 }  // namespace tavik::platform::x11

@@ -21,12 +21,12 @@ using Catalog = std::shared_ptr<applications::DesktopEntryCatalog>;
 
 OwningApplication ownerOf(const ManagedWindow& window, const Catalog& catalog) {
   return {.processID = window.processID, .bundleIdentifiers = [window, catalog] {
-            return identityOfProcess(window.processID, {&window, 1}, *catalog).bundleIdentifiers;
+            return policyIdentifiers(window.processID, {&window, 1}, *catalog);
           }};
 }
 
 Window toWindow(const ManagedWindow& window, const Catalog& catalog) {
-  const auto owner = window.processID > 0 ? std::optional(ownerOf(window, catalog)) : std::nullopt;
+  const auto owner = window.processID != 0 ? std::optional(ownerOf(window, catalog)) : std::nullopt;
   return {.windowID = window.client,
           .owningApplication = owner,
           .isOnScreen = window.isOnScreen,

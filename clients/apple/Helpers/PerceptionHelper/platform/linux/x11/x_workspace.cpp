@@ -1,6 +1,8 @@
 #include "platform/linux/x11/x_workspace.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -24,7 +26,7 @@ struct ApplicationProcess {
 
 /// Adds a process, or another window of a known one.
 void addWindow(std::vector<ApplicationProcess>& processes, const ManagedWindow& window) {
-  if (window.processID <= 0) return;
+  if (window.processID == 0) return;
   const auto known =
       std::ranges::find_if(processes, [&](const auto& process) { return process.processID == window.processID; });
   if (known == processes.end()) {
@@ -36,6 +38,23 @@ void addWindow(std::vector<ApplicationProcess>& processes, const ManagedWindow& 
   windows.insert(speaks ? windows.begin() : windows.end(), window);
 }
 
+/// Of several processes of one application, the one that a person means comes first: the active one, then by what is in
+/// view, front to back.
+void sortByUse(std::vector<ApplicationProcess>& processes, const Desktop& desktop) {
+  constexpr auto kOutOfView = std::numeric_limits<std::ptrdiff_t>::max();
+  const auto depth = [&](const ManagedWindow& window) {
+    const bool isInView = window.isOnScreen && window.isRegular;
+    return isInView ? desktop.topLevels.end() - std::ranges::find(desktop.topLevels, window.frame) : kOutOfView;
+  };
+  const auto rank = [&](const ApplicationProcess& process) {
+    if (process.processID == desktop.activeProcessID) return std::ptrdiff_t{-1};
+    auto least = kOutOfView;
+    for (const auto& window : process.windows) least = std::min(least, depth(window));
+    return least;
+  };
+  std::ranges::stable_sort(processes, {}, rank);
+}
+
 std::vector<ApplicationProcess> processesOf(const Desktop& desktop) {
   std::vector<ApplicationProcess> processes;
   for (const auto& window : desktop.windows) addWindow(processes, window);
@@ -44,6 +63,7 @@ std::vector<ApplicationProcess> processesOf(const Desktop& desktop) {
         std::ranges::any_of(processes, [&](const auto& process) { return process.processID == client.processID; });
     if (!isKnown) processes.push_back({.processID = client.processID});
   }
+  sortByUse(processes, desktop);
   return processes;
 }
 
@@ -54,7 +74,9 @@ class XApplication final : public RunningApplication {
       : process_(std::move(process)), catalog_(std::move(catalog)) {}
 
   std::int32_t processIdentifier() override { return process_.processID; }
-  std::vector<std::string> bundleIdentifiers() override { return identity().bundleIdentifiers; }
+  std::vector<std::string> bundleIdentifiers() override {
+    return policyIdentifiers(process_.processID, process_.windows, *catalog_);
+  }
   std::optional<std::string> bundleIdentifier() override {
     const auto& identifiers = identity().bundleIdentifiers;
     return identifiers.empty() ? std::nullopt : std::optional(identifiers.front());

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/server/x_clients.h"
 
 #include <algorithm>
+#include <sys/utsname.h>
 
 #include <xcb/res.h>
 
@@ -34,6 +35,12 @@ std::vector<XClient> clientsOfReply(std::span<const std::uint32_t> words) {
     words = words.subspan(kHeaderWords + valueWords);
   }
   return clients;
+}
+
+bool isOfOtherMachine(std::string_view clientMachine, std::int32_t namedProcess, std::int32_t knownProcess) {
+  utsname system{};
+  const bool isNamedSo = ::uname(&system) != 0 || clientMachine == system.nodename;
+  return !clientMachine.empty() && !isNamedSo && (knownProcess == 0 || namedProcess != knownProcess);
 }
 
 std::int32_t processOfWindow(const std::vector<XClient>& clients, std::uint32_t resourceMask, xcb_window_t window) {

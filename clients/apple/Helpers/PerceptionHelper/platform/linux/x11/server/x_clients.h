@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include <xcb/xproto.h>
@@ -25,6 +26,11 @@ std::vector<XClient> clients(XConnection& connection);
 /// Reads the identifiers of a QueryClientIds reply: per identifier the client, the kind, the length in bytes, and the
 /// value. Stops at the first that does not fit.
 std::vector<XClient> clientsOfReply(std::span<const std::uint32_t> words);
+
+/// The server cannot look into other machines: a process that windows come through only relays them (ssh(1)). True for
+/// such a window, by the machine and the process that it names, and the process that the server knows, 0 where it knows
+/// none. One that names that process is of this machine, which may have had another name.
+bool isOfOtherMachine(std::string_view clientMachine, std::int32_t namedProcess, std::int32_t knownProcess);
 
 /// The process that made this window; 0 when it is not known.
 std::int32_t processOfWindow(const std::vector<XClient>& clients, std::uint32_t resourceMask, xcb_window_t window);

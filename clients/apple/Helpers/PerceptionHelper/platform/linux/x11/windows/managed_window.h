@@ -19,7 +19,9 @@ struct FrameExtents {
 struct ManagedWindow {
   std::uint32_t client = 0;  ///< the application's own window
   std::uint32_t frame = 0;   ///< the child of the root that holds it: the window manager's frame, or the client itself
-  std::int32_t processID = 0;          ///< 0 when unknown
+  std::int32_t processID = 0;       ///< 0 when unknown; negative for a client of another machine, one for each
+  std::int32_t relayProcessID = 0;  ///< the process of this machine that such a one comes through; 0 when unknown
+  bool isOfOtherMachine = false;
   std::string title = {};              ///< valid UTF-8
   imaging::PixelRect clientRect = {};  ///< without decorations, in root window coordinates
   imaging::PixelRect frameRect = {};   ///< with decorations, in the same

@@ -73,6 +73,7 @@ struct WindowQuery {
   xcb_get_property_cookie_t icccmTitle = {};
   xcb_get_property_cookie_t wmClass = {};
   xcb_get_property_cookie_t processID = {};
+  xcb_get_property_cookie_t clientMachine = {};
   xcb_get_property_cookie_t states = {};
   xcb_get_property_cookie_t types = {};
   xcb_get_property_cookie_t workspace = {};
@@ -91,6 +92,7 @@ WindowQuery requestWindow(XConnection& connection, xcb_window_t client, xcb_wind
           .icccmTitle = requestProperty(connection, client, XCB_ATOM_WM_NAME),
           .wmClass = requestProperty(connection, client, XCB_ATOM_WM_CLASS),
           .processID = ask(Atom::wmPID),
+          .clientMachine = requestProperty(connection, client, XCB_ATOM_WM_CLIENT_MACHINE),
           .states = ask(Atom::wmState),
           .types = ask(Atom::wmWindowType),
           .workspace = ask(Atom::wmDesktop),
@@ -141,7 +143,8 @@ std::optional<ManagedWindow> receiveWindow(XConnection& connection, const Window
   readTexts(connection, query, window);
   const auto claimed = claimedProcess(property(connection, query.processID));
   const auto known = processOfWindow(root.clients, connection.setup().resource_id_mask, client);
-  window.processID = known != 0 ? known : claimed;
+  window.isOfOtherMachine = isOfOtherMachine(textOf(property(connection, query.clientMachine)), claimed, known);
+  window.processID = known != 0 || window.isOfOtherMachine ? known : claimed;
   window.isActive = client == root.active || frame == root.active;
   const bool isViewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   applyHints(window, readHints(connection, query, isViewable), connection.atoms(), root.workspace);
@@ -169,6 +172,7 @@ Desktop readDesktop(XConnection& connection) {
   if (!connection.isReachable()) return {};
   auto root = readRoot(connection);
   Desktop desktop{.windows = describe(connection, root.windows, root), .topLevels = std::move(root.children)};
+  separateOtherMachines(desktop.windows, connection.setup().resource_id_mask);
   const auto active = std::ranges::find_if(desktop.windows, [](const auto& window) { return window.isActive; });
   desktop.activeProcessID = active != desktop.windows.end()
                                 ? active->processID

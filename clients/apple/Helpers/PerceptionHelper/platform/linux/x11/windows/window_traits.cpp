@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <set>
+#include <utility>
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/pixel_rect.h"
@@ -68,6 +70,18 @@ void applyHints(ManagedWindow& window, const WindowHints& hints, const AtomTable
       !reader.hasState(Atom::stateSkipTaskbar) &&
       !reader.hasType({Atom::typeDesktop, Atom::typeDock, Atom::typeSplash, Atom::typeNotification, Atom::typeUtility});
   window.gtkExtents = extentsOf(hints.extents);
+}
+
+void separateOtherMachines(std::vector<ManagedWindow>& windows, std::uint32_t resourceMask) {
+  std::set<std::uint32_t> clients;
+  for (const auto& window : windows) {
+    if (window.isOfOtherMachine) clients.insert(window.client & ~resourceMask);
+  }
+  for (auto& window : windows) {
+    const auto client = window.client & ~resourceMask;
+    if (!clients.contains(client)) continue;
+    window.relayProcessID = std::exchange(window.processID, static_cast<std::int32_t>(0 - client));
+  }
 }
 
 PixelRect visibleRect(const ManagedWindow& window) {

@@ -25,4 +25,8 @@ struct WindowHints {
 void applyHints(ManagedWindow& window, const WindowHints& hints, const AtomTable& atoms,
                 std::optional<std::uint32_t> currentWorkspace);
 
+/// Gives the windows of each client of another machine, all of them where one says so, a process of their own:
+/// `resourceMask` is the part of a window's identifier that does not name its client (XCB, xcb_setup_t).
+void separateOtherMachines(std::vector<ManagedWindow>& windows, std::uint32_t resourceMask);
+
 }  // namespace tavik::platform::x11
