@@ -22,10 +22,11 @@ class MissingTest(unittest.TestCase):
             ("no application is found", TERMINAL, "target_app_not_running"),
             ("nor is a tree", {"target": "focused_element"} | TREE, "accessibility_permission_required"),
         )
-        for display in (None, "", ":4711", "nonsense", "[::1"):
+        displays = [{"DISPLAY": display} for display in (None, "", ":4711", "nonsense", "[::1")]
+        for environment in (*displays, {"XAUTHORITY": "/dev/null"}):
             for reason, request, expected in rows:
-                with self.subTest(reason, display=display):
-                    self.assertEqual(code(request, {"DISPLAY": display}), expected)
+                with self.subTest(reason, environment=environment):
+                    self.assertEqual(code(request, environment), expected)
 
     def test_no_accessibility(self) -> None:
         self.assertEqual(code(TERMINAL | TREE), "accessibility_permission_required")

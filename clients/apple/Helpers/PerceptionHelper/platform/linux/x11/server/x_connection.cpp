@@ -13,6 +13,7 @@
 #include <xcb/xcbext.h>
 
 #include "platform/posix/run_time.h"
+#include "platform/posix/silent_standard_error.h"
 #include "platform/posix/within.h"
 
 namespace tavik::platform::x11 {
@@ -38,10 +39,12 @@ std::string nameOnScreen(std::string_view name, int number) {
 Clock::time_point deadlineIn(std::chrono::milliseconds limit) { return Clock::now() + posix::withinRunTime(limit); }
 
 /// On a thread of its own, since xcb_connect waits for the server's greeting without limit. A connection that comes too
-/// late is closed on that thread.
+/// late is closed on that thread. By then all has been said that the program has to say on standard error; xcb would
+/// add why the server turns it down.
 XConnection::Opened XConnection::open() {
   return posix::within(kPatience,
                        [] {
+                         const posix::SilentStandardError silence;
                          int screenNumber = 0;
                          Handle connection(xcb_connect(nullptr, &screenNumber));
                          return Opened{.connection = std::move(connection), .screenNumber = screenNumber};
