@@ -44,9 +44,8 @@ applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std:
   return *identity;
 }
 
-std::vector<std::string> policyIdentifiers(std::int32_t processID, std::span<const ManagedWindow> windows,
-                                           applications::DesktopEntryCatalog& catalog) {
-  auto identifiers = identityOfProcess(processID, windows, catalog).bundleIdentifiers;
+std::vector<std::string> withThoseOfRelay(std::vector<std::string> identifiers, std::span<const ManagedWindow> windows,
+                                          applications::DesktopEntryCatalog& catalog) {
   const auto relay = windows.empty() ? 0 : windows.front().relayProcessID;
   if (relay != 0) addNew(identifiers, identityOfProcess(relay, windows, catalog).bundleIdentifiers);
   return identifiers;

@@ -15,9 +15,9 @@ namespace tavik::platform::x11 {
 applications::ApplicationIdentity identityOfProcess(std::int32_t processID, std::span<const ManagedWindow> windows,
                                                     applications::DesktopEntryCatalog& catalog);
 
-/// All identifiers of the same that a policy may name. Those of the process that another machine's windows come through
-/// are among them, last: a window of this machine can say that it is another's.
-std::vector<std::string> policyIdentifiers(std::int32_t processID, std::span<const ManagedWindow> windows,
-                                           applications::DesktopEntryCatalog& catalog);
+/// The identifiers of a process with these windows, and then, where they come from another machine, those of the
+/// process that they come through: for a policy, since a window of this machine can say that it is another's.
+std::vector<std::string> withThoseOfRelay(std::vector<std::string> identifiers, std::span<const ManagedWindow> windows,
+                                          applications::DesktopEntryCatalog& catalog);
 
 }  // namespace tavik::platform::x11

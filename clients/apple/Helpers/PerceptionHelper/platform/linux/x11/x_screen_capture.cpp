@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "platform/imaging/bitmap.h"
@@ -21,7 +22,9 @@ using Catalog = std::shared_ptr<applications::DesktopEntryCatalog>;
 
 OwningApplication ownerOf(const ManagedWindow& window, const Catalog& catalog) {
   return {.processID = window.processID, .bundleIdentifiers = [window, catalog] {
-            return policyIdentifiers(window.processID, {&window, 1}, *catalog);
+            const std::span windows(&window, 1);
+            return withThoseOfRelay(identityOfProcess(window.processID, windows, *catalog).bundleIdentifiers, windows,
+                                    *catalog);
           }};
 }
 

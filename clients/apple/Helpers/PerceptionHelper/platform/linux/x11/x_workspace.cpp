@@ -74,11 +74,12 @@ class XApplication final : public RunningApplication {
       : process_(std::move(process)), catalog_(std::move(catalog)) {}
 
   std::int32_t processIdentifier() override { return process_.processID; }
+  const std::vector<std::string>& ownIdentifiers() { return identity().bundleIdentifiers; }
   std::vector<std::string> bundleIdentifiers() override {
-    return policyIdentifiers(process_.processID, process_.windows, *catalog_);
+    return withThoseOfRelay(ownIdentifiers(), process_.windows, *catalog_);
   }
   std::optional<std::string> bundleIdentifier() override {
-    const auto& identifiers = identity().bundleIdentifiers;
+    const auto& identifiers = ownIdentifiers();
     return identifiers.empty() ? std::nullopt : std::optional(identifiers.front());
   }
   std::optional<std::string> localizedName() override { return identity().localizedName; }
@@ -106,14 +107,14 @@ class XWorkspace final : public Workspace {
       : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
 
   std::vector<RunningApplicationRef> runningApplications() override {
-    const XWatchdog::Watch watch(connection_->watchdog());
-    return applicationsOf(readDesktop(*connection_));
+    const auto applications = listApplications();
+    return {applications.begin(), applications.end()};
   }
 
   std::vector<RunningApplicationRef> runningApplicationsWithBundleIdentifier(std::string_view identifier) override {
     std::vector<RunningApplicationRef> first, besides;
-    for (const auto& application : runningApplications()) {
-      const auto identifiers = application->bundleIdentifiers();
+    for (const auto& application : listApplications()) {
+      const auto& identifiers = application->ownIdentifiers();
       const auto found = std::ranges::find(identifiers, identifier);
       if (found != identifiers.end()) (found == identifiers.begin() ? first : besides).push_back(application);
     }
@@ -139,8 +140,15 @@ class XWorkspace final : public Workspace {
   }
 
  private:
-  std::vector<RunningApplicationRef> applicationsOf(const Desktop& desktop) const {
-    std::vector<RunningApplicationRef> applications;
+  using Applications = std::vector<std::shared_ptr<XApplication>>;
+
+  Applications listApplications() const {
+    const XWatchdog::Watch watch(connection_->watchdog());
+    return applicationsOf(readDesktop(*connection_));
+  }
+
+  Applications applicationsOf(const Desktop& desktop) const {
+    Applications applications;
     for (auto& process : processesOf(desktop)) {
       applications.push_back(std::make_shared<XApplication>(std::move(process), catalog_));
     }
