@@ -193,8 +193,9 @@ TEST(Interpreter, RunsWhatItsCommandLineNames) {
       {{"xterm", "-e", "python3"}, ""},
       {{}, ""},
   };
-  for (const auto& [commandLine, script] : cases)
+  for (const auto& [commandLine, script] : cases) {
     EXPECT_EQ(scriptOf(commandLine), script) << testing::PrintToString(commandLine);
+  }
 }
 
 TEST(ProcessEvidence, KnowsTheApplicationOfAUnit) {
