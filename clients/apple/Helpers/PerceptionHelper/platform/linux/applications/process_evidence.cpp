@@ -142,7 +142,7 @@ std::string executableName(std::int32_t processID) {
 /// The command line lies in the memory of the process, which may in turn be a file that never answers (proc(5)).
 std::string scriptName(std::int32_t processID, const std::string& executable) {
   constexpr std::size_t kLongestCommandLine = std::size_t{128} * 1024;
-  constexpr std::chrono::milliseconds kPatience{200};
+  constexpr std::chrono::milliseconds kPatience{400};
   if (!isInterpreter(executable)) return "";
   const auto text = readInChild(procPath(processID, "cmdline"), kLongestCommandLine, kPatience).value_or("");
   std::string_view rest = text;
