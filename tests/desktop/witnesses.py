@@ -128,7 +128,6 @@ class Window:
         x, y = corner(frame_of(self.client))
         return x + left, y + top
 
-
     def minimize(self) -> None:
         tool("xdotool", "windowminimize", "--sync", self.client)
 

@@ -252,6 +252,13 @@ void Element::withAllProperties(const std::function<void()>& then) {
   });
 }
 
+/// The role first: without it, what is said after it would not be shown, should the application hang on the rest.
+void Element::askAhead() {
+  if (!session_->hasAllProperties) return withChildCount([] {});
+  ask(fact::role);
+  withAllProperties([] {});
+}
+
 void Element::withChildCount(const std::function<void()>& then) {
   if (askedAllProperties_) return withAllProperties(then);
   if (childCount_) return then();
@@ -352,9 +359,7 @@ void Element::dropHidden(std::size_t count, const std::function<void()>& then) {
   const auto missing = std::make_shared<std::size_t>(count);
   for (const auto& child : fresh) {
     // Its answer is there with the next one, which saves a turn for each level of the tree.
-    if (descent_ == Descent::goesOn) {
-      session_->hasAllProperties ? child->withAllProperties([] {}) : child->withChildCount([] {});
-    }
+    if (descent_ == Descent::goesOn) child->askAhead();
     child->withVisibility([this, then, missing] {
       if (--*missing > 0) return;
       const auto isHidden = [](const auto& element) { return element->isHidden_; };

@@ -99,6 +99,8 @@ class Element final : public UIElement {
 
   void askRole();
   void askRolesOfChildren();
+  /// Asks for what will be wanted of a child whose children are wanted.
+  void askAhead();
   void withChildCount(const std::function<void()>& then);
   /// Asks for those facts in one message where several are wanted and the application can be asked so.
   void askProperties(unsigned fresh);
