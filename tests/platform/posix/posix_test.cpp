@@ -107,11 +107,13 @@ TEST(Within, GivesUpACallThatTakesLonger) {
 
 TEST(RunTime, EndsWaitsOfWhateverLimit) {
   EXPECT_EQ(withinRunTime(milliseconds(5000)), milliseconds(5000)) << "before a run has begun";
+  EXPECT_EQ(runTimeSpent(), milliseconds(0)) << "before a run has begun";
   startRunTime(milliseconds(40));
   const auto left = withinRunTime(milliseconds(5000));
   EXPECT_TRUE(left > milliseconds(0) && left <= milliseconds(40)) << left.count();
   EXPECT_FALSE(within(milliseconds(5000), [] { return ::usleep(400'000); }));
   EXPECT_EQ(withinRunTime(milliseconds(5000)), milliseconds(0)) << "never negative";
+  EXPECT_GT(runTimeSpent(), milliseconds(30));
   startRunTime(std::chrono::hours(1));
 }
 

@@ -66,8 +66,11 @@ bool OffscreenWindow::noteDrawing(const xcb_generic_event_t& event, RepaintProgr
 }
 
 bool OffscreenWindow::waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID) {
-  constexpr std::chrono::milliseconds kLimit{700};
-  const auto end = deadlineIn(kLimit);
+  // An application that has been silent while its tree was read, for 1.2 s, is not waited for as long again.
+  constexpr WaitLimits kLimits{.most = std::chrono::milliseconds(1000),
+                               .least = std::chrono::milliseconds(400),
+                               .ageOfRun = std::chrono::milliseconds(1800)};
+  const auto end = deadlineWithin(kLimits);
   auto quietSince = Clock::now();
   while (!watch.hasChanged() && !watch.otherHasChanged()) {
     const auto finished = quietSince + progress.quietPeriod();

@@ -46,7 +46,8 @@ class OffscreenWindow {
   /// False where another program had the window drawn into memory before this did.
   bool isForUs() const { return isForUs_; }
   /// Waits until the window is complete, in the coordinates that its own drawing has, and until its application has
-  /// drawn or has nothing left to do. False when that does not come about within 700 ms, or when the window changes.
+  /// drawn or has nothing left to do. False when that does not come about within a second,
+  /// or before the run is 1.8 s old, though never before 400 ms; or when the window changes.
   bool waitForRepaint(RepaintProgress progress, StructureWatch& watch, std::int32_t processID);
 
  private:

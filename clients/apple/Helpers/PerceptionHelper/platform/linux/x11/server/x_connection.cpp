@@ -38,6 +38,10 @@ std::string nameOnScreen(std::string_view name, int number) {
 
 Clock::time_point deadlineIn(std::chrono::milliseconds limit) { return Clock::now() + posix::withinRunTime(limit); }
 
+Clock::time_point deadlineWithin(const WaitLimits& limits) {
+  return deadlineIn(std::clamp(limits.ageOfRun - posix::runTimeSpent(), limits.least, limits.most));
+}
+
 /// On a thread of its own, since xcb_connect waits for the server's greeting without limit. A connection that comes too
 /// late is closed on that thread. By then all has been said that the program has to say on standard error; xcb would
 /// add why the server turns it down.

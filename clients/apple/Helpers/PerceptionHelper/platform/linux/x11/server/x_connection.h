@@ -19,6 +19,14 @@ inline constexpr std::size_t kWordBytes = 4;
 /// When a wait of at most `limit` ends: earlier where the run may not wait so long.
 Clock::time_point deadlineIn(std::chrono::milliseconds limit);
 
+/// The limits of a wait that is shorter the later in the run it begins.
+struct WaitLimits {
+  std::chrono::milliseconds most = {};      ///< however early
+  std::chrono::milliseconds least = {};     ///< however late
+  std::chrono::milliseconds ageOfRun = {};  ///< that is not to be exceeded, but for `least`
+};
+Clock::time_point deadlineWithin(const WaitLimits& limits);
+
 /// Owns the connection to the X server. It is made at the first question, and it is single-threaded. Nothing here ends
 /// the process or waits without limit: a server that is not there, that goes away, or that another client has grabbed
 /// answers nothing.
