@@ -375,11 +375,15 @@ TEST(PixelFormat, RefusesWhatItCannotRead) {
   }
 }
 
-TEST(BitmapCanvas, PlacesAPictureOnBlackOrCutsItToAShape) {
+TEST(BitmapCanvas, PlacesPicturesOnBlackOrCutsOneToAShape) {
   // Two pixels side by side in a row with a gap.
   const Bitmap two{.size = {2, 1}, .rowBytes = 12, .pixels = shared({1, 2, 3, 0, 4, 5, 6, 0, 9, 9, 9, 9})};
-  const auto placed = pixelsOf(onBlack(two, {3, 2}, 1, 1).value());
+  const auto placed = pixelsOf(onBlack({{two, 1, 1}}, {3, 2}).value());
   EXPECT_EQ(placed, (Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 0, 4, 5, 6, 0}));
+  const Bitmap glass{.size = {1, 1}, .rowBytes = 4, .alpha = AlphaMode::premultiplied, .pixels = shared({7, 7, 7, 8})};
+  const auto both = onBlack({{glass, 0, 0}, {two, 1, 0}}, {3, 1}).value();
+  EXPECT_EQ(both.alpha, AlphaMode::premultiplied);
+  EXPECT_EQ(pixelsOf(both), (Bytes{7, 7, 7, 8, 1, 2, 3, 255, 4, 5, 6, 255})) << "what is opaque stays so beside glass";
   const auto cut = cutToShape(two, {{1, 0, 5, 5}}).value();
   EXPECT_EQ(cut.alpha, AlphaMode::premultiplied);
   EXPECT_EQ(pixelsOf(cut), (Bytes{0, 0, 0, 0, 4, 5, 6, 255})) << "nothing outside of the shape shows";

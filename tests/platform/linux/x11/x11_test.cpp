@@ -44,7 +44,7 @@ ManagedWindow hinted(const WindowHints& hints, std::optional<std::uint32_t> curr
 }
 
 TEST(WindowHints, TellHowAWindowIsShown) {
-  const std::vector shaded{number(Atom::stateShaded)};
+  const std::vector shaded{number(Atom::stateShaded)}, hidden{number(Atom::stateHidden)};
   constexpr std::uint32_t kCurrent = 1, kOther = 0, kAll = 0xFFFFFFFF;
   for (const auto& [reason, hints, isOnScreen, isOnOtherWorkspace] : Table<WindowHints, bool, bool>{
            {"ordinary", {.isViewable = true, .workspace = kCurrent}, true, false},
@@ -53,6 +53,12 @@ TEST(WindowHints, TellHowAWindowIsShown) {
            {"on another workspace", {.workspace = kOther}, false, true},
            {"another monitor shows another workspace", {.isViewable = true, .workspace = kOther}, true, false},
            {"shaded", {.isViewable = true, .states = shaded}, false, false},
+           {"rolled up without a word for it", {.isViewable = true, .isIconic = true}, true, false},
+           {"minimized, kept viewable", {.isViewable = true, .states = hidden, .isIconic = true}, false, false},
+           {"a tab behind another one", {.isViewable = true, .states = hidden}, true, false},
+           {"elsewhere, kept viewable", {.isViewable = true, .workspace = kOther, .isIconic = true}, true, true},
+           {"elsewhere, out of reach", {.isViewable = true, .workspace = kOther, .takesInput = false}, true, true},
+           {"here, never clicked", {.isViewable = true, .workspace = kCurrent, .takesInput = false}, true, false},
        }) {
     const auto window = hinted(hints, kCurrent);
     EXPECT_TRUE(window.isOnScreen == isOnScreen && window.isOnOtherWorkspace == isOnOtherWorkspace) << reason;
@@ -110,8 +116,27 @@ TEST(VisibleRect, LeavesOutOnlyMarginsThatNobodySees) {
            {"margins that leave nothing", client, {150, 150, 0, 0}, client},
            {"half of the numbers", client, {10, 12}, client},
        }) {
-    auto window = hinted({.extents = extents});
+    auto window = hinted({.gtkExtents = extents});
     window.clientRect = client, window.frameRect = frame;
+    EXPECT_EQ(visibleRect(window), visible) << reason;
+  }
+}
+
+TEST(VisibleRect, HasTheDecorationThatIsThereAndIsSeen) {
+  const PixelRect client{110, 140, 300, 200}, frame{100, 100, 320, 250}, decorated{109, 103, 303, 240};
+  using Extents = std::vector<std::uint32_t>;
+  using enum DecorationPlace;
+  for (const auto& [reason, decoration, shadow, place, visible] : Table<Extents, Extents, DecorationPlace, PixelRect>{
+           {"borders to grab are not seen", {1, 2, 37, 3}, {}, inFrame, decorated},
+           {"nor is what the frame does not have", {50, 50, 50, 50}, {}, inFrame, frame},
+           {"undecorated in a frame to grab", {0, 0, 0, 0}, {7, 8, 9, 9}, inFrame, {117, 149, 285, 182}},
+           {"half of the numbers", {1, 2}, {}, inFrame, frame},
+           {"numbers beyond all measure", {0xFFFFFFFF, 2, 37, 3}, {}, inFrame, frame},
+           {"on the screen", {1, 2, 37, 3}, {}, onScreen, decorated},
+           {"covered there", {1, 2, 37, 3}, {}, hidden, client},
+       }) {
+    auto window = hinted({.gtkExtents = shadow, .decoration = decoration});
+    window.clientRect = client, window.frameRect = frame, window.decorationPlace = place;
     EXPECT_EQ(visibleRect(window), visible) << reason;
   }
 }

@@ -1,5 +1,6 @@
 #include "platform/imaging/bitmap_canvas.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -35,14 +36,19 @@ std::shared_ptr<std::uint8_t> blankPixels(PixelSize size) {
   return pixels != nullptr ? std::shared_ptr<std::uint8_t>(static_cast<std::uint8_t*>(pixels), &std::free) : nullptr;
 }
 
-std::optional<Bitmap> onBlack(const Bitmap& source, PixelSize size, std::int64_t x, std::int64_t y) {
+std::optional<Bitmap> onBlack(const std::vector<PlacedBitmap>& parts, PixelSize size) {
   const auto pixels = blankPixels(size);
   if (!pixels) return std::nullopt;
-  for (std::int64_t row = 0; row < source.size.height; ++row) {
-    std::memcpy(at(pixels.get(), packedRowBytes(size), x, y + row), at(source.pixels.get(), source.rowBytes, 0, row),
-                packedRowBytes(source.size));
+  const auto isTranslucent = [](const PlacedBitmap& part) { return part.bitmap.alpha == AlphaMode::premultiplied; };
+  const auto alpha = std::ranges::any_of(parts, isTranslucent) ? AlphaMode::premultiplied : AlphaMode::opaque;
+  for (const auto& [source, x, y] : parts) {
+    for (std::int64_t row = 0; row < source.size.height; ++row) {
+      auto* const target = at(pixels.get(), packedRowBytes(size), x, y + row);
+      std::memcpy(target, at(source.pixels.get(), source.rowBytes, 0, row), packedRowBytes(source.size));
+      if (source.alpha != alpha) makeOpaque(target, static_cast<std::size_t>(source.size.width));
+    }
   }
-  return Bitmap{.size = size, .rowBytes = packedRowBytes(size), .alpha = source.alpha, .pixels = pixels};
+  return Bitmap{.size = size, .rowBytes = packedRowBytes(size), .alpha = alpha, .pixels = pixels};
 }
 
 std::optional<Bitmap> cutToShape(const Bitmap& source, const std::vector<PixelRect>& shape) {

@@ -22,8 +22,16 @@ bool isSurfaceSize(PixelSize size);
 /// when there is not enough, or when it is no surface's size.
 std::shared_ptr<std::uint8_t> blankPixels(PixelSize size);
 
-/// `source` on a black picture of this size, with its corner at (x, y); it has to fit. Nothing when memory is short.
-std::optional<Bitmap> onBlack(const Bitmap& source, PixelSize size, std::int64_t x, std::int64_t y);
+/// A bitmap, and where its corner lies in a larger one.
+struct PlacedBitmap {
+  Bitmap bitmap = {};
+  std::int64_t x = 0;
+  std::int64_t y = 0;
+};
+
+/// These on one picture of this size, in which they have to fit; the rest of it is black, or transparent where one of
+/// them has an alpha channel. Nothing when memory is short.
+std::optional<Bitmap> onBlack(const std::vector<PlacedBitmap>& parts, PixelSize size);
 
 /// What lies inside of these rectangles, and transparency elsewhere. Nothing when memory is short.
 std::optional<Bitmap> cutToShape(const Bitmap& source, const std::vector<PixelRect>& shape);

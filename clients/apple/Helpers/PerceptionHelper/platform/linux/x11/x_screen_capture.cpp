@@ -54,7 +54,7 @@ std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const Con
   if (!region) return std::nullopt;
   auto bitmap = readImage(connection, connection.root(), region->source, connection.screen().root_visual);
   if (!bitmap || bitmap->size == region->size) return bitmap;
-  return onBlack(*bitmap, region->size, region->x, region->y);
+  return imaging::onBlack({{.bitmap = *bitmap, .x = region->x, .y = region->y}}, region->size);
 }
 
 /// One try at the window as it is now, wherever it has moved since it was listed. Nothing when it has another size: the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <xcb/composite.h>
@@ -12,9 +13,9 @@
 #include "platform/imaging/pixel_rect.h"
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/capture/server_image.h"
-#include "platform/linux/x11/capture/window_cover.h"
 #include "platform/linux/x11/capture/window_pixmap.h"
 #include "platform/linux/x11/server/selection_owner.h"
+#include "platform/linux/x11/windows/window_cover.h"
 
 namespace tavik::platform::x11 {
 
@@ -28,9 +29,10 @@ struct Surface {
   xcb_visualid_t visual = XCB_NONE;
   std::uint8_t depth = 0;
   std::int32_t border = 0;
-  PixelRect outer = {};                 ///< with the border
-  PixelRect visible = {};               ///< what is wanted of it
-  PixelRect client = {};                ///< what the application draws
+  PixelRect outer = {};    ///< with the border
+  PixelRect visible = {};  ///< what is wanted of it
+  PixelRect client = {};   ///< what the application draws
+  DecorationPlace decorationPlace = DecorationPlace::inFrame;
   std::vector<PixelRect> outline = {};  ///< of the frame, as far as it is wanted
 };
 
@@ -48,7 +50,8 @@ std::optional<Surface> surfaceOf(XConnection& connection, const ManagedWindow& w
                   .outer = window.frameRect,
                   .visible = visible,
                   .client = window.clientRect,
-                  .outline = intersection(outlineOf(connection, window.frame), {visible})};
+                  .decorationPlace = window.decorationPlace,
+                  .outline = intersection(outlinesOf(connection, {window.frame}).front(), {visible})};
   return surface.outline.empty() ? std::nullopt : std::optional(surface);
 }
 
@@ -70,11 +73,10 @@ bool waitForOtherReaders(XConnection& connection, const Surface& surface, Clock:
   return true;
 }
 
-std::optional<imaging::Bitmap> readPixmap(XConnection& connection, const Surface& surface) {
+std::optional<imaging::Bitmap> readPixmap(XConnection& connection, const Surface& surface, const PixelRect& part) {
   if (!connection.hasExtension(xcb_composite_id)) return std::nullopt;
   const WindowPixmap pixmap(connection, surface.frame);
-  return readImage(connection, pixmap.get(), movedBy(surface.visible, -surface.outer.x, -surface.outer.y),
-                   surface.visual);
+  return readImage(connection, pixmap.get(), movedBy(part, -surface.outer.x, -surface.outer.y), surface.visual);
 }
 
 std::vector<PixelRect> hiddenParts(XConnection& connection, const Surface& surface) {
@@ -87,6 +89,27 @@ std::optional<imaging::Bitmap> readScreen(XConnection& connection, const Surface
   auto bitmap = readImage(connection, surface.frame, part, surface.visual);
   watch.update();
   return watch.otherHasChanged() ? std::nullopt : bitmap;
+}
+
+/// The client from its pixmap, and its decorations from the screen, the one place where they are.
+std::optional<imaging::Bitmap> readWithDecoration(XConnection& connection, const Surface& surface,
+                                                  StructureWatch& watch) {
+  const auto client = intersection(surface.client, surface.visible);
+  const auto decoration = subtract({surface.visible}, client);
+  std::vector<imaging::PlacedBitmap> parts;
+  const auto add = [&](std::optional<imaging::Bitmap> bitmap, const PixelRect& part) {
+    if (bitmap) parts.push_back({*std::move(bitmap), part.x - surface.visible.x, part.y - surface.visible.y});
+  };
+  watch.update();
+  watch.forgetOthers();
+  if (!hiddenParts(connection, surface.frame, decoration).empty()) return std::nullopt;
+  add(readPixmap(connection, surface, client), client);
+  for (const auto& part : decoration) {
+    add(readImage(connection, connection.root(), part, connection.screen().root_visual), part);
+  }
+  watch.update();
+  const bool isWhole = parts.size() == decoration.size() + 1 && !watch.otherHasChanged();
+  return isWhole ? onBlack(parts, {surface.visible.width, surface.visible.height}) : std::nullopt;
 }
 
 /// By having the window draw what is hidden: one program at a time, or the second would wait for drawing that was done
@@ -109,12 +132,13 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
     if (!offscreen.isForUs()) continue;
     const RepaintProgress progress(intersection(hidden, {inner}), toOwn(surface.client));
     const bool isDrawn = offscreen.waitForRepaint(progress, watch, processID);
-    return isDrawn ? readPixmap(connection, surface) : std::nullopt;
+    return isDrawn ? readPixmap(connection, surface, surface.visible) : std::nullopt;
   }
   return std::nullopt;
 }
 
-/// Tries the ways to a whole picture, the surest first:
+/// Where decorations are on the screen alone, there is one way to a whole picture. A compositing manager that hands out
+/// such pictures itself would be asked before. Elsewhere, tries the ways that there are, the surest first:
 /// 1. the pixmap that a compositing manager keeps of every window,
 /// 2. the one that the server keeps of a window with an alpha channel; both whatever covers the window;
 /// 3. the screen, where nothing covers the window and nothing comes over it meanwhile;
@@ -122,8 +146,9 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
 /// 5. such a pixmap, when the other program is done with its own.
 std::optional<imaging::Bitmap> readSurface(XConnection& connection, const Surface& surface, StructureWatch& watch,
                                            std::int32_t processID) {
+  if (surface.decorationPlace == DecorationPlace::onScreen) return readWithDecoration(connection, surface, watch);
   if (isKeptInMemory(connection, surface)) {
-    if (auto bitmap = readPixmap(connection, surface)) return bitmap;
+    if (auto bitmap = readPixmap(connection, surface, surface.visible)) return bitmap;
   }
   watch.update();
   watch.forgetOthers();

@@ -11,7 +11,7 @@ namespace tavik::platform::x11 {
 
 /// The pixels of visibleRect(window), whether or not other windows cover it or the screen ends before it does. What
 /// lies outside of a window that is not rectangular is transparent. Changes nothing that can be seen. Takes up to
-/// a second for a covered window, which has to repaint. Nothing when that does not happen: a window that is not on
+/// 2.5 s for a covered window, which has to repaint. Nothing when that does not happen: a window that is not on
 /// screen, that is gone, or whose application has stopped or hangs. Nothing either when the window has changed since
 /// `watch` began, which then says so, or when others kept changing what covers it.
 std::optional<imaging::Bitmap> captureWindow(XConnection& connection, const ManagedWindow& window,

@@ -25,11 +25,13 @@ enum class Atom : std::uint8_t {
   typeNotification,
   typeUtility,
   wmState,
+  stateHidden,
   stateShaded,
   stateAbove,
   stateBelow,
   stateSkipTaskbar,
   icccmState,
+  frameExtents,
   gtkApplicationID,
   gtkFrameExtents,
   atspiBus,
@@ -39,7 +41,7 @@ enum class Atom : std::uint8_t {
 };
 
 /// The selections, which end in _S, go on with the number of the screen: each has its own (ICCCM 2.8).
-inline constexpr std::array<std::string_view, 25> kAtomNames{
+inline constexpr std::array<std::string_view, 27> kAtomNames{
     "_NET_SUPPORTING_WM_CHECK",
     "_NET_CLIENT_LIST",
     "_NET_ACTIVE_WINDOW",
@@ -54,11 +56,13 @@ inline constexpr std::array<std::string_view, 25> kAtomNames{
     "_NET_WM_WINDOW_TYPE_NOTIFICATION",
     "_NET_WM_WINDOW_TYPE_UTILITY",
     "_NET_WM_STATE",
+    "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_SHADED",
     "_NET_WM_STATE_ABOVE",
     "_NET_WM_STATE_BELOW",
     "_NET_WM_STATE_SKIP_TASKBAR",
     "WM_STATE",
+    "_NET_FRAME_EXTENTS",
     "_GTK_APPLICATION_ID",
     "_GTK_FRAME_EXTENTS",
     "AT_SPI_BUS",

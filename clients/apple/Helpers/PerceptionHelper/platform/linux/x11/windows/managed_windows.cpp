@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <utility>
 
+#include <xcb/shape.h>
+
+#include "platform/linux/x11/server/selection_owner.h"
 #include "platform/linux/x11/server/x_property.h"
 #include "platform/linux/x11/windows/outer_rect.h"
+#include "platform/linux/x11/windows/window_cover.h"
 #include "platform/linux/x11/windows/window_traits.h"
 #include "platform/linux/x11/windows/window_tree.h"
 
@@ -22,15 +27,33 @@ struct RootState {
   xcb_window_t active = XCB_NONE;           ///< a managed window or its frame
   std::optional<std::uint32_t> workspace = {};
   std::vector<XClient> clients = {};
+  bool decorationsAreOnScreen = false;  ///< and not in the frames
 };
 
-/// True when a window manager that speaks EWMH is running. The root's property outlives the manager; the window that it
-/// names, and that names itself in turn, does not.
-bool managerIsRunning(XConnection& connection, const PropertyValue& rootsCheck) {
-  const auto check = connection.atom(Atom::supportingWMCheck);
+/// A window manager that speaks EWMH.
+struct WindowManager {
+  xcb_window_t checkWindow = XCB_NONE;
+  std::string name = {};
+};
+
+/// The root's property outlives the manager; the window that it names, and that names itself in turn, does not.
+std::optional<WindowManager> runningManager(XConnection& connection, const PropertyValue& rootsCheck) {
   const auto window = firstWord(rootsCheck, XCB_ATOM_WINDOW);
-  if (!window) return false;
-  return firstWord(property(connection, requestProperty(connection, *window, check)), XCB_ATOM_WINDOW) == window;
+  if (!window) return std::nullopt;
+  const auto check = requestProperty(connection, *window, connection.atom(Atom::supportingWMCheck));
+  const auto name = requestProperty(connection, *window, connection.atom(Atom::wmName));
+  const bool namesItself = firstWord(property(connection, check), XCB_ATOM_WINDOW) == window;
+  WindowManager manager{.checkWindow = *window, .name = textOf(property(connection, name))};
+  return namesItself ? std::optional(std::move(manager)) : std::nullopt;
+}
+
+/// True for a manager that, while it is the compositing one as well, paints title bars and borders straight on the
+/// screen, and leaves those of its frames empty. Nothing else tells it from the others, which paint in their frames.
+bool paintsOnScreen(XConnection& connection, const WindowManager& manager) {
+  if (manager.name != "KWin") return false;
+  const auto clientOf = [&](xcb_window_t window) { return window & ~connection.setup().resource_id_mask; };
+  const auto compositor = selectionOwner(connection, Atom::compositingManager);
+  return compositor != XCB_NONE && clientOf(compositor) == clientOf(manager.checkWindow);
 }
 
 /// The child of the root that has the keyboard focus, or in which it is.
@@ -51,12 +74,15 @@ RootState readRoot(XConnection& connection) {
   const auto tree = xcb_query_tree(connection.xcb(), connection.root());
   RootState root{.clients = clients(connection)};
   if (const auto reply = connection.reply(xcb_query_tree_reply, tree)) root.children = childrenOfReply(*reply);
-  if (managerIsRunning(connection, property(connection, check))) {
-    root.windows = words(property(connection, list), XCB_ATOM_WINDOW);
+  const auto manager = runningManager(connection, property(connection, check));
+  const auto managed = property(connection, list);
+  // XWayland's manager in Weston keeps no list.
+  root.windows = manager && managed.type != XCB_ATOM_NONE ? words(managed, XCB_ATOM_WINDOW)
+                                                          : clientsBelow(connection, root.children);
+  if (manager) {
     root.active = firstWord(property(connection, active), XCB_ATOM_WINDOW).value_or(XCB_NONE);
     root.workspace = firstWord(property(connection, workspace), XCB_ATOM_CARDINAL);
-  } else {
-    root.windows = clientsBelow(connection, root.children);
+    root.decorationsAreOnScreen = paintsOnScreen(connection, *manager);
   }
   const bool isNamed = std::ranges::find(root.windows, root.active) != root.windows.end();
   if (!isNamed) root.active = focusedTopLevel(connection);
@@ -79,6 +105,8 @@ struct WindowQuery {
   xcb_get_property_cookie_t workspace = {};
   xcb_get_property_cookie_t gtkApplicationID = {};
   xcb_get_property_cookie_t gtkFrameExtents = {};
+  xcb_get_property_cookie_t frameExtents = {};
+  xcb_get_property_cookie_t icccmState = {};
 };
 
 WindowQuery requestWindow(XConnection& connection, xcb_window_t client, xcb_window_t frame) {
@@ -97,7 +125,9 @@ WindowQuery requestWindow(XConnection& connection, xcb_window_t client, xcb_wind
           .types = ask(Atom::wmWindowType),
           .workspace = ask(Atom::wmDesktop),
           .gtkApplicationID = ask(Atom::gtkApplicationID),
-          .gtkFrameExtents = ask(Atom::gtkFrameExtents)};
+          .gtkFrameExtents = ask(Atom::gtkFrameExtents),
+          .frameExtents = ask(Atom::frameExtents),
+          .icccmState = ask(Atom::icccmState)};
 }
 
 /// The process that the window itself claims to belong to.
@@ -126,12 +156,26 @@ bool readGeometry(XConnection& connection, const WindowQuery& query, ManagedWind
   return true;
 }
 
+/// ICCCM, section 4.1.3.1.
+constexpr std::uint32_t kIconicState = 3;
+
 WindowHints readHints(XConnection& connection, const WindowQuery& query, bool isViewable) {
-  return {.isViewable = isViewable,
-          .states = words(property(connection, query.states), XCB_ATOM_ATOM),
-          .types = words(property(connection, query.types), XCB_ATOM_ATOM),
-          .workspace = firstWord(property(connection, query.workspace), XCB_ATOM_CARDINAL),
-          .extents = words(property(connection, query.gtkFrameExtents), XCB_ATOM_CARDINAL)};
+  return {
+      .isViewable = isViewable,
+      .states = words(property(connection, query.states), XCB_ATOM_ATOM),
+      .types = words(property(connection, query.types), XCB_ATOM_ATOM),
+      .workspace = firstWord(property(connection, query.workspace), XCB_ATOM_CARDINAL),
+      .gtkExtents = words(property(connection, query.gtkFrameExtents), XCB_ATOM_CARDINAL),
+      .decoration = words(property(connection, query.frameExtents), XCB_ATOM_CARDINAL),
+      .isIconic = firstWord(property(connection, query.icccmState), connection.atom(Atom::icccmState)) == kIconicState};
+}
+
+/// False for a window whose input shape has no part.
+bool takesInput(XConnection& connection, xcb_window_t window) {
+  if (!connection.hasExtension(xcb_shape_id)) return true;
+  const auto cookie = xcb_shape_get_rectangles(connection.xcb(), window, XCB_SHAPE_SK_INPUT);
+  const auto shape = connection.reply(xcb_shape_get_rectangles_reply, cookie);
+  return !shape || shape->rectangles_len > 0;
 }
 
 std::optional<ManagedWindow> receiveWindow(XConnection& connection, const WindowQuery& query, xcb_window_t client,
@@ -147,7 +191,10 @@ std::optional<ManagedWindow> receiveWindow(XConnection& connection, const Window
   window.processID = known != 0 || window.isOfOtherMachine ? known : claimed;
   window.isActive = client == root.active || frame == root.active;
   const bool isViewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-  applyHints(window, readHints(connection, query, isViewable), connection.atoms(), root.workspace);
+  auto hints = readHints(connection, query, isViewable);
+  if (isViewable && belongsElsewhere(hints, root.workspace)) hints.takesInput = takesInput(connection, frame);
+  applyHints(window, hints, connection.atoms(), root.workspace);
+  if (root.decorationsAreOnScreen) window.decorationPlace = DecorationPlace::onScreen;
   return isThere ? std::optional(std::move(window)) : std::nullopt;
 }
 
@@ -181,6 +228,25 @@ Desktop readDesktop(XConnection& connection) {
   return desktop;
 }
 
+namespace {
+
+/// Finds out which of the decorations that are on the screen alone something hides.
+void findHiddenDecorations(XConnection& connection, std::vector<ManagedWindow>& windows,
+                           const std::vector<xcb_window_t>& topLevels) {
+  const auto isOnScreenAlone = [](const auto& window) { return window.decorationPlace == DecorationPlace::onScreen; };
+  if (std::ranges::none_of(windows, isOnScreenAlone)) return;
+  const auto outlines = outlinesOf(connection, topLevels);
+  for (auto& window : windows) {
+    const auto own = std::ranges::find(topLevels, window.frame);
+    if (!isOnScreenAlone(window) || own == topLevels.end()) continue;
+    const auto above = std::span(outlines).subspan(static_cast<std::size_t>(own - topLevels.begin()) + 1);
+    const auto decoration = subtract({visibleRect(window)}, window.clientRect);
+    if (!hiddenParts(connection, above, decoration).empty()) window.decorationPlace = DecorationPlace::hidden;
+  }
+}
+
+}  // namespace
+
 /// By the stacking of the frames, which _NET_CLIENT_LIST_STACKING repeats where a window manager sets it.
 std::vector<ManagedWindow> managedWindows(XConnection& connection) {
   auto [windows, topLevels, clients, activeProcessID] = readDesktop(connection);
@@ -188,6 +254,7 @@ std::vector<ManagedWindow> managedWindows(XConnection& connection) {
     return std::ranges::find(topLevels, window.frame) - topLevels.begin();
   };
   std::ranges::stable_sort(windows, [&](const auto& left, const auto& right) { return height(left) > height(right); });
+  findHiddenDecorations(connection, windows, topLevels);
   return std::move(windows);
 }
 

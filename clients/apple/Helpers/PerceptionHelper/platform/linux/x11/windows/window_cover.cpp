@@ -1,4 +1,4 @@
-#include "platform/linux/x11/capture/window_cover.h"
+#include "platform/linux/x11/windows/window_cover.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -69,7 +69,7 @@ std::vector<PixelRect> shapeOf(const OutlineAnswer& answer, const PixelRect& who
 }
 
 /// None for a window that shows nothing.
-std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuery& query) {
+Outline receiveOutline(XConnection& connection, const OutlineQuery& query) {
   const auto answer = receiveAnswer(connection, query);
   const auto& attributes = answer.attributes;
   if (!attributes || !answer.geometry || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
@@ -81,7 +81,7 @@ std::vector<PixelRect> receiveOutline(XConnection& connection, const OutlineQuer
 
 /// An outline as one rectangle around it when it has so many parts, beside the other's, that comparing them would take
 /// long: then more counts as covered than is.
-std::vector<PixelRect> simplified(std::vector<PixelRect> outline, std::size_t othersParts) {
+Outline simplified(Outline outline, std::size_t othersParts) {
   constexpr std::size_t kManyPairs = 1'000'000;
   if (outline.size() <= 1 || outline.size() <= kManyPairs / std::max<std::size_t>(othersParts, 1)) return outline;
   auto whole = outline.front();
@@ -106,20 +106,29 @@ std::vector<xcb_window_t> windowsAbove(XConnection& connection, xcb_window_t fra
 
 }  // namespace
 
-std::vector<PixelRect> outlineOf(XConnection& connection, xcb_window_t frame) {
-  return receiveOutline(connection, requestOutline(connection, frame));
+std::vector<Outline> outlinesOf(XConnection& connection, const std::vector<xcb_window_t>& windows) {
+  std::vector<OutlineQuery> queries;
+  queries.reserve(windows.size());
+  for (const auto window : windows) queries.push_back(requestOutline(connection, window));
+  std::vector<Outline> outlines;
+  outlines.reserve(windows.size());
+  for (const auto& query : queries) outlines.push_back(receiveOutline(connection, query));
+  return outlines;
 }
 
-std::vector<PixelRect> hiddenParts(XConnection& connection, xcb_window_t frame, const std::vector<PixelRect>& outline) {
+std::vector<PixelRect> hiddenParts(const XConnection& connection, std::span<const Outline> above,
+                                   const Outline& outline) {
   const auto& screen = connection.screen();
-  std::vector<OutlineQuery> queries;
-  for (const auto window : windowsAbove(connection, frame)) queries.push_back(requestOutline(connection, window));
   auto hidden = subtract(outline, {.width = screen.width_in_pixels, .height = screen.height_in_pixels});
-  for (const auto& query : queries) {
-    const auto covered = intersection(outline, simplified(receiveOutline(connection, query), outline.size()));
+  for (const auto& other : above) {
+    const auto covered = intersection(outline, simplified(other, outline.size()));
     hidden.insert(hidden.end(), covered.begin(), covered.end());
   }
   return hidden;
+}
+
+std::vector<PixelRect> hiddenParts(XConnection& connection, xcb_window_t frame, const Outline& outline) {
+  return hiddenParts(connection, outlinesOf(connection, windowsAbove(connection, frame)), outline);
 }
 
 }  // namespace tavik::platform::x11
