@@ -61,7 +61,8 @@ Start startOf(std::vector<std::string> words) {
 }
 
 bool isInList(std::string_view item, const std::string& list) {
-  return (";" + list + ";").find(";" + std::string(item) + ";") != std::string::npos;
+  const auto delimited = [](std::string_view text) { return std::string(1, ';').append(text).append(1, ';'); };
+  return delimited(list).find(delimited(item)) != std::string::npos;
 }
 
 }  // namespace

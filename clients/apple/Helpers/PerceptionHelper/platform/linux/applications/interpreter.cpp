@@ -44,7 +44,7 @@ const Interpreter* find(std::string_view program) {
 
 bool contains(std::string_view options, std::string_view option) {
   return option.find(' ') == std::string_view::npos &&
-         options.find(" " + std::string(option) + " ") != std::string_view::npos;
+         options.find(std::string(1, ' ').append(option).append(1, ' ')) != std::string_view::npos;
 }
 
 std::string_view afterLast(char separator, std::string_view text) { return text.substr(text.rfind(separator) + 1); }
