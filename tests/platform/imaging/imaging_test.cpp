@@ -15,6 +15,7 @@
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/bitmap_row.h"
+#include "platform/imaging/orientation.h"
 #include "platform/imaging/pixel_format.h"
 #include "platform/imaging/scaled_rows.h"
 #include "table.h"
@@ -387,6 +388,32 @@ TEST(BitmapCanvas, PlacesPicturesOnBlackOrCutsOneToAShape) {
   const auto cut = cutToShape(two, {{1, 0, 5, 5}}).value();
   EXPECT_EQ(cut.alpha, AlphaMode::premultiplied);
   EXPECT_EQ(pixelsOf(cut), (Bytes{0, 0, 0, 0, 4, 5, 6, 255})) << "nothing outside of the shape shows";
+}
+
+TEST(Orientation, MovesEveryPixel) {
+  // 1 2 / 3 4 / 5 6, with a gap behind each row.
+  const Bitmap source{
+      .size = {2, 3}, .rowBytes = 12, .pixels = shared({1, 0, 0, 0, 2, 0, 0, 0, 9, 9, 9, 9, 3, 0, 0, 0, 4, 0,
+                                                        0, 0, 9, 9, 9, 9, 5, 0, 0, 0, 6, 0, 0, 0, 9, 9, 9, 9})};
+  for (const auto& [reason, orientation, expected] : Table<Orientation, std::string>{
+           {"upright", {}, "12 34 56 "},
+           {"upside down", {.isUpsideDown = true}, "56 34 12 "},
+           {"mirrored", {.isMirrored = true}, "21 43 65 "},
+           {"a quarter clockwise", {.quarterTurns = 1}, "531 642 "},
+           {"a half", {.quarterTurns = 2}, "65 43 21 "},
+           {"three quarters", {.quarterTurns = 3}, "246 135 "},
+           {"mirrored, then turned", {.isMirrored = true, .quarterTurns = 1}, "642 531 "},
+       }) {
+    const auto moved = oriented(source, orientation).value();
+    std::string seen;
+    for (std::int64_t y = 0; y < moved.size.height; ++y) {
+      for (std::int64_t x = 0; x < moved.size.width; ++x) {
+        seen += std::to_string(readPixel(rowOf(moved, static_cast<std::size_t>(y)), static_cast<std::size_t>(x)));
+      }
+      seen += ' ';
+    }
+    EXPECT_EQ(seen, expected) << reason;
+  }
 }
 
 }  // namespace

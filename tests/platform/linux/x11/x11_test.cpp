@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/imaging/display_region.h"
 #include "platform/imaging/pixel_rect.h"
-#include "platform/linux/x11/capture/display_region.h"
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/scale_factor.h"
 #include "platform/linux/x11/server/x_clients.h"
@@ -153,7 +153,7 @@ TEST(WindowTree, TakesNoMoreFromAReplyThanItHolds) {
 TEST(DisplayRegion, IsCutToTheDisplay) {
   constexpr auto kNan = std::numeric_limits<double>::quiet_NaN();
   const PixelRect display{1000, 50, 640, 480};
-  for (const auto& [reason, sourceRect, expected] : Table<Rect, DisplayRegion>{
+  for (const auto& [reason, sourceRect, expected] : Table<Rect, imaging::DisplayRegion>{
            {"inside", {10, 20, 300, 200}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
            {"truncates", {10.9, 20.9, 300.9, 200.9}, {{300, 200}, {1010, 70, 300, 200}, 0, 0}},
            {"beyond the right and the bottom", {600, 400, 100, 100}, {{100, 100}, {1600, 450, 40, 80}, 0, 0}},
@@ -166,7 +166,7 @@ TEST(DisplayRegion, IsCutToTheDisplay) {
            {"numbers that no integer holds", {-9e18, 0, 9e18, 9e18}, {}},
            {"no numbers", {kNan, 0, 10, kNan}, {}},
        }) {
-    const auto region = regionOfDisplay(sourceRect, display).value_or(DisplayRegion{});
+    const auto region = imaging::regionOfDisplay(sourceRect, display).value_or(imaging::DisplayRegion{});
     EXPECT_TRUE(region.size == expected.size && region.source == expected.source) << reason;
     EXPECT_TRUE(region.x == expected.x && region.y == expected.y) << reason;
   }

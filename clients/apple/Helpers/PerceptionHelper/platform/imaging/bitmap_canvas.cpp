@@ -51,6 +51,13 @@ std::optional<Bitmap> onBlack(const std::vector<PlacedBitmap>& parts, PixelSize 
   return Bitmap{.size = size, .rowBytes = packedRowBytes(size), .alpha = alpha, .pixels = pixels};
 }
 
+Bitmap partOf(const Bitmap& source, const PixelRect& part) {
+  return {.size = {.width = part.width, .height = part.height},
+          .rowBytes = source.rowBytes,
+          .alpha = source.alpha,
+          .pixels = {source.pixels, at(source.pixels.get(), source.rowBytes, part.x, part.y)}};
+}
+
 std::optional<Bitmap> cutToShape(const Bitmap& source, const std::vector<PixelRect>& shape) {
   const auto pixels = blankPixels(source.size);
   if (!pixels) return std::nullopt;

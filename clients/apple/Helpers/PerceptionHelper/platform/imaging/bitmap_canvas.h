@@ -33,6 +33,9 @@ struct PlacedBitmap {
 /// them has an alpha channel. Nothing when memory is short.
 std::optional<Bitmap> onBlack(const std::vector<PlacedBitmap>& parts, PixelSize size);
 
+/// The part of the picture in this rectangle, which has to lie within it: the same pixels, shared.
+Bitmap partOf(const Bitmap& source, const PixelRect& part);
+
 /// What lies inside of these rectangles, and transparency elsewhere. Nothing when memory is short.
 std::optional<Bitmap> cutToShape(const Bitmap& source, const std::vector<PixelRect>& shape);
 

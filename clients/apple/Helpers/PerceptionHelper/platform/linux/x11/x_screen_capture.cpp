@@ -8,7 +8,7 @@
 
 #include "platform/imaging/bitmap.h"
 #include "platform/imaging/bitmap_canvas.h"
-#include "platform/linux/x11/capture/display_region.h"
+#include "platform/imaging/display_region.h"
 #include "platform/linux/x11/capture/server_image.h"
 #include "platform/linux/x11/capture/window_capture.h"
 #include "platform/linux/x11/monitors.h"
@@ -50,7 +50,7 @@ std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const Con
   if (monitor == all.end()) return std::nullopt;
   const Rect whole{.width = static_cast<double>(monitor->rect.width),
                    .height = static_cast<double>(monitor->rect.height)};
-  const auto region = regionOfDisplay(sourceRect.value_or(whole), monitor->rect);
+  const auto region = imaging::regionOfDisplay(sourceRect.value_or(whole), monitor->rect);
   if (!region) return std::nullopt;
   auto bitmap = readImage(connection, connection.root(), region->source, connection.screen().root_visual);
   if (!bitmap || bitmap->size == region->size) return bitmap;
