@@ -7,8 +7,14 @@
 #include <utility>
 
 #include "platform/linux/atspi/atspi_accessibility.h"
+#include "platform/linux/atspi_over_wayland.h"
 #include "platform/linux/atspi_over_x11.h"
 #include "platform/linux/linux_host.h"
+#include "platform/linux/merged_desktop.h"
+#include "platform/linux/wayland/native_window.h"
+#include "platform/linux/wayland/wl_connection.h"
+#include "platform/linux/wayland/wl_screen_capture.h"
+#include "platform/linux/wayland/wl_workspace.h"
 #include "platform/linux/x11/x_screen_capture.h"
 #include "platform/linux/x11/x_workspace.h"
 #include "platform/platform.h"
@@ -32,6 +38,23 @@ Contribution contributionOfX11() {
           .windowSystem = windowSystemOf(connection)};
 }
 
+/// Of which XWayland's is a part, as long as there is one.
+Contribution contributionOfWayland() {
+  const auto connection = std::make_shared<wayland::WlConnection>();
+  const auto catalog = std::make_shared<applications::DesktopEntryCatalog>(&applications::applicationFolders);
+  auto x11 = contributionOfX11();
+  const auto isReachable = [connection] { return connection->isReachable(); };
+  const auto isNative = [](const Window& window) { return (window.windowID & wayland::kNativeWindowBit) != 0; };
+  return {.workspace = mergedWorkspace({.hasNative = isReachable,
+                                        .native = wayland::makeWorkspace(connection, catalog),
+                                        .x11 = std::move(x11.workspace)}),
+          .screenCapture = mergedScreenCapture({.hasNative = isReachable,
+                                                .native = wayland::makeScreenCapture(connection, catalog),
+                                                .x11 = std::move(x11.screenCapture)},
+                                               isNative),
+          .windowSystem = windowSystemOf(connection, std::move(x11.windowSystem))};
+}
+
 struct WindowSystemRow {
   bool (*isMeant)();  ///< the environment says so; connects to nothing
   Contribution (*contribution)();
@@ -39,6 +62,8 @@ struct WindowSystemRow {
 
 /// Tried in order. The last row fits every environment; where its window system is missing too, it finds nothing.
 constexpr std::array kWindowSystems{
+    WindowSystemRow{.isMeant = [] { return std::getenv("WAYLAND_DISPLAY") != nullptr; },
+                    .contribution = &contributionOfWayland},
     WindowSystemRow{.isMeant = [] { return true; }, .contribution = &contributionOfX11},
 };
 

@@ -53,6 +53,21 @@ ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
   return result;
 }
 
+std::optional<std::string> readExactly(int descriptor, std::size_t count, std::chrono::milliseconds patience) {
+  const auto deadline = Clock::now() + withinRunTime(patience);
+  std::string bytes(count, '\0');
+  std::size_t size = 0;
+  while (size < count) {
+    const auto read = ::read(descriptor, bytes.data() + size, count - size);
+    if (read > 0) {
+      size += static_cast<std::size_t>(read);
+    } else if (read == 0 || !shouldTryAgain(descriptor, POLLIN, deadline)) {
+      return std::nullopt;
+    }
+  }
+  return bytes;
+}
+
 void writeAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const auto count = ::write(descriptor, bytes.data(), bytes.size());

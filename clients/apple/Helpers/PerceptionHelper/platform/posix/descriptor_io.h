@@ -25,6 +25,9 @@ struct ReadLimits {
 /// Reads to the end of file, which is not reached when there are more bytes than the limit, or when the patience ends.
 ReadResult readToEnd(int descriptor, const ReadLimits& limits = {});
 
+/// Exactly so many bytes, as they come; nothing when the other side ends first, or when the patience does.
+std::optional<std::string> readExactly(int descriptor, std::size_t count, std::chrono::milliseconds patience);
+
 /// Writes all of `bytes`, or what the descriptor takes before its first error.
 void writeAll(int descriptor, std::string_view bytes);
 

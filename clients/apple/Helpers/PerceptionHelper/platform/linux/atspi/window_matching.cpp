@@ -34,6 +34,11 @@ double misfit(const Extents& extents, const Rect& area, double scale) {
   return distance(wider, higher);
 }
 
+/// What is known of extents in that window.
+ToolkitUnits unitsIn(const DesktopWindow& window, const ToolkitUnits& ofToolkit) {
+  return window.isNative ? ToolkitUnits{.areOnScreen = false, .areWhole = false} : ofToolkit;
+}
+
 /// Which of the areas comes closest at the scale nearest to the ratio of the sizes that is a multiple of `step`, or
 /// just that ratio when `step` is 0.
 std::optional<Fit> closestFit(const Extents& extents, const DesktopWindow& window, double step, double slack) {
@@ -64,7 +69,8 @@ bool isThere(const Extents& extents, const Fit& fit) {
 }
 
 /// How well the two go together; 0 when they do not. A title is the best evidence: sizes and places lag behind.
-int likeness(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& units) {
+int likeness(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& ofToolkit) {
+  const auto units = unitsIn(window, ofToolkit);
   const auto fit = fitOf(claim, window, units);
   const bool hasTitle = !claim.title.empty() && claim.title == window.title;
   const bool hasPlace = fit && units.areOnScreen && isThere(*claim.extents, *fit);
@@ -103,9 +109,11 @@ PlacedWindow placeWindow(const WindowClaim& claim, std::span<const DesktopWindow
   if (window == candidates.end() || rank(*window) == 0) return {};
   // Whoever says nothing of its size is known by its title alone.
   if (!claim.extents || !isSomewhere(*claim.extents)) return {.visible = window->visible};
-  const auto fit = fitOf(claim, *window, units);
-  if (!fit) return {};
-  return {.visible = window->visible, .placement = placementOf(*claim.extents, *window, *fit, units)};
+  const auto unitsHere = unitsIn(*window, units);
+  const auto fit = fitOf(claim, *window, unitsHere);
+  // A client that draws a shadow counts it, and nobody says how wide it is.
+  if (!fit) return window->isNative ? PlacedWindow{.visible = window->visible} : PlacedWindow{};
+  return {.visible = window->visible, .placement = placementOf(*claim.extents, *window, *fit, unitsHere)};
 }
 
 }  // namespace
@@ -145,7 +153,8 @@ std::vector<PlacedWindow> placeWindows(std::span<const WindowClaim> windows, std
   std::vector<PlacedWindow> placed;
   placed.reserve(windows.size());
   for (const auto& window : windows) placed.push_back(placeWindow(window, candidates, units));
-  if (!units.areOnScreen) return placed;
+  const bool isOnX11 = std::ranges::none_of(candidates, &DesktopWindow::isNative);
+  if (!units.areOnScreen || !isOnX11) return placed;
   const auto main = mainWindow(windows, candidates.empty() ? nullptr : &candidates.front(), units);
   const auto fallback = main ? placed[*main].placement.value_or(Placement{}) : Placement{};
   for (auto& window : placed) {

@@ -15,6 +15,7 @@ namespace tavik::platform::atspi {
 struct DesktopWindow {
   std::string title = {};  ///< valid UTF-8
   bool isActive = false;   ///< it has the keyboard focus
+  bool isNative = false;   ///< it speaks Wayland: its toolkit knows its own surface alone, at any scale
   Rect client = {};        ///< what the application draws
   Rect contents = {};      ///< of that, what is no shadow
   Rect visible = {};       ///< what a picture of the window shows: with decorations, without a shadow

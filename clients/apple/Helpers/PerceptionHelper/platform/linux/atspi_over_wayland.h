@@ -1,0 +1,13 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/linux/atspi/window_system.h"
+#include "platform/linux/wayland/wl_connection.h"
+
+namespace tavik::platform {
+
+/// The windows that speak Wayland, for accessibility, and then those of `x11`, which also says where the bus is.
+atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection, atspi::WindowSystem x11);
+
+}  // namespace tavik::platform

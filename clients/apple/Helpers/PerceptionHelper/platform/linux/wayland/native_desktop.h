@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/wayland/native_window.h"
+#include "platform/linux/wayland/outputs.h"
+#include "platform/linux/wayland/wl_connection.h"
+
+namespace tavik::platform::wayland {
+
+/// The compositor's windows, as whoever of its interfaces tells them: at present sway's own. Nothing when it tells
+/// nobody, and so not either which of them has the focus.
+std::optional<std::vector<NativeWindow>> nativeWindows(WlConnection& connection);
+
+/// The output on which most of the window is; null when it is on none.
+const Output* outputOf(const NativeWindow& window, const std::vector<Output>& outputs);
+
+/// Where the window is in pixels, counted from the corner of the first output: each output's pixels begin where its
+/// corner is in the compositor's coordinates, by its own scale. Whole numbers.
+Rect pixelsOf(const NativeWindow& window, const std::vector<Output>& outputs);
+
+}  // namespace tavik::platform::wayland

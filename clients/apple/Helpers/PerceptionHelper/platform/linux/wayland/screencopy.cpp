@@ -1,0 +1,107 @@
+#include "platform/linux/wayland/screencopy.h"
+
+#include <algorithm>
+
+#include "platform/imaging/orientation.h"
+#include "platform/imaging/pixel_format.h"
+#include "platform/linux/wayland/shm_buffer.h"
+
+namespace tavik::platform::wayland {
+namespace {
+
+/// What is known of a frame so far.
+struct Frame {
+  BufferLayout layout = {};
+  bool isDescribed = false;  ///< every kind of buffer has been offered
+  bool isUpsideDown = false;
+  bool isReady = false;
+  bool hasFailed = false;
+};
+
+Frame& frameOf(void* data) { return *static_cast<Frame*>(data); }
+
+constexpr std::uint32_t kVersionWithBufferDone = 3;
+
+constexpr zwlr_screencopy_frame_v1_listener kFrameListener{
+    .buffer =
+        [](void* data, zwlr_screencopy_frame_v1* frame, std::uint32_t format, std::uint32_t width, std::uint32_t height,
+           std::uint32_t stride) {
+          frameOf(data).layout = {.format = format, .width = width, .height = height, .stride = stride};
+          frameOf(data).isDescribed = zwlr_screencopy_frame_v1_get_version(frame) < kVersionWithBufferDone;
+        },
+    .flags =
+        [](void* data, zwlr_screencopy_frame_v1*, std::uint32_t flags) {
+          frameOf(data).isUpsideDown = (flags & ZWLR_SCREENCOPY_FRAME_V1_FLAGS_Y_INVERT) != 0;
+        },
+    .ready = [](void* data, zwlr_screencopy_frame_v1*, std::uint32_t, std::uint32_t,
+                std::uint32_t) { frameOf(data).isReady = true; },
+    .failed = [](void* data, zwlr_screencopy_frame_v1*) { frameOf(data).hasFailed = true; },
+    .damage = [](void*, zwlr_screencopy_frame_v1*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {},
+    .linux_dmabuf = [](void*, zwlr_screencopy_frame_v1*, std::uint32_t, std::uint32_t, std::uint32_t) {},
+    .buffer_done = [](void* data, zwlr_screencopy_frame_v1*) { frameOf(data).isDescribed = true; }};
+
+/// The formats that compositors write, of 32 bits in little-endian order (wl_shm.format, drm_fourcc.h). What an output
+/// shows is opaque, whatever the fourth byte.
+std::optional<imaging::PixelFormat> pixelFormatOf(std::uint32_t format) {
+  constexpr std::uint32_t kFirst = 0xFF, kSecond = 0xFF00, kThird = 0xFF0000;
+  imaging::PixelFormat result{.depth = 24, .bitsPerPixel = 32, .scanlinePad = 32, .greenMask = kSecond};
+  switch (format) {
+    case WL_SHM_FORMAT_ARGB8888:
+    case WL_SHM_FORMAT_XRGB8888:
+      result.redMask = kThird;
+      result.blueMask = kFirst;
+      return result;
+    case WL_SHM_FORMAT_ABGR8888:
+    case WL_SHM_FORMAT_XBGR8888:
+      result.redMask = kFirst;
+      result.blueMask = kThird;
+      return result;
+    default:
+      return std::nullopt;
+  }
+}
+
+/// What undoes the output's transform: its frames lie in memory as the monitor takes them, mirrored and then turned
+/// counter-clockwise (wl_output.transform).
+imaging::Orientation orientationOf(Transform transform, bool isUpsideDown) {
+  constexpr int kTurns = 4;
+  const bool isMirrored = transform >= kTurns;
+  const int turns = transform % kTurns;
+  // Mirroring comes first on the way back too, where it changes the direction of the turn.
+  return {.isUpsideDown = isUpsideDown,
+          .isMirrored = isMirrored,
+          .quarterTurns = isMirrored ? (kTurns - turns) % kTurns : turns};
+}
+
+}  // namespace
+
+bool hasScreencopy(const WlConnection& connection) {
+  return std::ranges::any_of(connection.globals(), [](const auto& global) {
+    return global.interface == zwlr_screencopy_manager_v1_interface.name;
+  });
+}
+
+std::optional<imaging::Bitmap> copyOutput(WlConnection& connection, const Output& output) {
+  if (!connection.isReachable()) return std::nullopt;
+  const Owned<zwlr_screencopy_manager_v1> manager(
+      connection.bindFirst<zwlr_screencopy_manager_v1>(zwlr_screencopy_manager_v1_interface, kVersionWithBufferDone));
+  if (!manager) return std::nullopt;
+  constexpr std::int32_t kWithoutCursor = 0;
+  Frame frame;
+  const Owned<zwlr_screencopy_frame_v1> proxy(
+      zwlr_screencopy_manager_v1_capture_output(manager.get(), kWithoutCursor, output.proxy.get()));
+  zwlr_screencopy_frame_v1_add_listener(proxy.get(), &kFrameListener, &frame);
+  if (!connection.waitUntil([&frame] { return frame.isDescribed || frame.hasFailed; })) return std::nullopt;
+  const auto format = pixelFormatOf(frame.layout.format);
+  if (frame.hasFailed || !format) return std::nullopt;
+  const auto buffer = makeShmBuffer(connection, frame.layout);
+  if (!buffer.proxy) return std::nullopt;
+  zwlr_screencopy_frame_v1_copy(proxy.get(), buffer.proxy.get());
+  const bool hasEnded = connection.waitUntil([&frame] { return frame.isReady || frame.hasFailed; });
+  if (!hasEnded || frame.hasFailed) return std::nullopt;
+  const auto bitmap =
+      imaging::toBitmap(*format, {frame.layout.width, frame.layout.height}, buffer.pixels, buffer.byteCount);
+  return bitmap ? imaging::oriented(*bitmap, orientationOf(output.transform, frame.isUpsideDown)) : std::nullopt;
+}
+
+}  // namespace tavik::platform::wayland

@@ -1,0 +1,143 @@
+#include "platform/linux/wayland/wl_screen_capture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/imaging/bitmap_canvas.h"
+#include "platform/imaging/display_region.h"
+#include "platform/linux/wayland/native_desktop.h"
+#include "platform/linux/wayland/native_identity.h"
+#include "platform/linux/wayland/screencopy.h"
+#include "platform/posix/run_time.h"
+
+namespace tavik::platform::wayland {
+namespace {
+
+using Catalog = std::shared_ptr<applications::DesktopEntryCatalog>;
+using imaging::Bitmap;
+using imaging::PixelRect;
+
+Window toWindow(const NativeWindow& window, const std::vector<Output>& outputs, const Catalog& catalog) {
+  const OwningApplication owner{.processID = window.processID, .bundleIdentifiers = [window, catalog] {
+                                  return identityOf(window.processID, {&window, 1}, *catalog).bundleIdentifiers;
+                                }};
+  return {.windowID = window.id | kNativeWindowBit,
+          .owningApplication = window.processID > 0 ? std::optional(owner) : std::nullopt,
+          .isOnScreen = !window.isMinimized,
+          .windowLayer = 0,
+          .frame = pixelsOf(window, outputs)};
+}
+
+PixelRect toPixelRect(const Rect& rect) {
+  return {.x = static_cast<std::int32_t>(rect.x),
+          .y = static_cast<std::int32_t>(rect.y),
+          .width = static_cast<std::int32_t>(rect.width),
+          .height = static_cast<std::int32_t>(rect.height)};
+}
+
+PixelRect wholeOf(const Output& output) {
+  return {.width = static_cast<std::int32_t>(output.size.width),
+          .height = static_cast<std::int32_t>(output.size.height)};
+}
+
+class WlScreenCapture final : public ScreenCapture {
+ public:
+  WlScreenCapture(std::shared_ptr<WlConnection> connection, Catalog catalog)
+      : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
+
+  bool preflightScreenCaptureAccess() override { return connection_->isReachable() && hasScreencopy(*connection_); }
+
+  void getShareableContent(const ShareableContentOptions& options,
+                           CompletionHandler<ShareableContent> completionHandler) override {
+    ShareableContent content;
+    const auto all = outputs(*connection_);
+    for (const auto& output : all) {
+      content.displays.push_back(
+          {.displayID = output.global, .width = output.size.width, .height = output.size.height});
+    }
+    for (const auto& window : nativeWindows(*connection_).value_or(std::vector<NativeWindow>{})) {
+      const bool isListed = !options.onScreenWindowsOnly || !window.isOnOtherWorkspace;
+      if (!window.isX11 && isListed) content.windows.push_back(toWindow(window, all, catalog_));
+    }
+    if (connection_->isReachable()) {
+      completionHandler(std::move(content));
+    } else {
+      completionHandler(PlatformError{"the compositor does not answer"});
+    }
+  }
+
+  void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
+                    CompletionHandler<ImageRef> completionHandler) override {
+    auto bitmap = filter.includedWindow ? captureWindow(*filter.includedWindow)
+                                        : captureDisplay(filter.display, configuration.sourceRect);
+    auto image = bitmap ? imaging::makeImage(*std::move(bitmap)) : nullptr;
+    const PixelSize wanted{configuration.width, configuration.height};
+    if (image && image->size() != wanted) image = image->resized(wanted);
+    if (image) {
+      completionHandler(image);
+    } else {
+      completionHandler(PlatformError{"these pixels cannot be had"});
+    }
+  }
+
+ private:
+  std::optional<Bitmap> captureDisplay(const Display& display, const std::optional<Rect>& sourceRect) {
+    const auto all = outputs(*connection_);
+    const auto output = std::ranges::find(all, display.displayID, &Output::global);
+    if (output == all.end() || !nativeWindows(*connection_)) return std::nullopt;
+    const auto picture = copyOutput(*connection_, *output);
+    if (!picture || !sourceRect) return picture;
+    const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
+    if (!region) return std::nullopt;
+    const auto part = imaging::partOf(*picture, region->source);
+    return part.size == region->size
+               ? part
+               : imaging::onBlack({{.bitmap = part, .x = region->x, .y = region->y}}, region->size);
+  }
+
+  /// Where the window is wholly on an output with nothing over it: that output, and the place on it.
+  struct Place {
+    const Output* output = nullptr;
+    PixelRect rect = {};
+    bool operator==(const Place&) const = default;
+  };
+  std::optional<Place> placeOf(const Window& listed, const std::vector<Output>& all) {
+    const auto windows = nativeWindows(*connection_).value_or(std::vector<NativeWindow>{});
+    const auto window = std::ranges::find(windows, listed.windowID & ~kNativeWindowBit, &NativeWindow::id);
+    if (window == windows.end() || window->isCovered || window->isMinimized) return std::nullopt;
+    const auto* const output = outputOf(*window, all);
+    if (output == nullptr) return std::nullopt;
+    const auto rect = toPixelRect(onOutput(window->contents, *output));
+    const bool isWhole = !isEmpty(rect) && intersection(rect, wholeOf(*output)) == rect;
+    const bool hasItsSize = rect.width == listed.frame.width && rect.height == listed.frame.height;
+    return isWhole && hasItsSize ? std::optional(Place{.output = output, .rect = rect}) : std::nullopt;
+  }
+
+  /// Tries again, for a while, when the window has moved meanwhile.
+  std::optional<Bitmap> captureWindow(const Window& listed) {
+    constexpr std::chrono::milliseconds kPatience{500};
+    const auto end = std::chrono::steady_clock::now() + posix::withinRunTime(kPatience);
+    const auto all = outputs(*connection_);
+    do {
+      const auto place = placeOf(listed, all);
+      const auto picture = place ? copyOutput(*connection_, *place->output) : std::nullopt;
+      if (!picture) return std::nullopt;
+      if (placeOf(listed, all) == place) return imaging::partOf(*picture, place->rect);
+    } while (std::chrono::steady_clock::now() < end);
+    return std::nullopt;
+  }
+
+  std::shared_ptr<WlConnection> connection_;
+  Catalog catalog_;
+};
+
+}  // namespace
+
+std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<WlConnection> connection, Catalog catalog) {
+  return std::make_unique<WlScreenCapture>(std::move(connection), std::move(catalog));
+}
+
+}  // namespace tavik::platform::wayland

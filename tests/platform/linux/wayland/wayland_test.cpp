@@ -1,0 +1,112 @@
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/linux/wayland/native_desktop.h"
+#include "platform/linux/wayland/outputs.h"
+#include "platform/linux/wayland/sway_tree.h"
+#include "table.h"
+
+namespace tavik::platform::wayland {
+namespace {
+
+std::string box(const char* key, int x, int y, int width, int height) {
+  const auto side = [](const char* name, int value) {
+    return std::string("\"") + name + "\":" + std::to_string(value);
+  };
+  return std::string("\"") + key + "\":{" + side("x", x) + "," + side("y", y) + "," + side("width", width) + "," +
+         side("height", height) + "}";
+}
+
+/// A window of sway's tree with a title bar of 25 pixels and borders of 2; `more` begins with a comma.
+std::string view(int id, int x, int y, int width, int height, const std::string& more = R"(,"visible":true)") {
+  return "{\"id\":" + std::to_string(id) + ",\"pid\":" + std::to_string(100 + id) + ",\"name\":\"w\"," +
+         box("rect", x, y + 25, width, height - 25) + "," + box("window_rect", 2, 0, width - 4, height - 27) + "," +
+         box("deco_rect", x, y, width, 25) + more + "}";
+}
+
+/// An output that shows workspace 4, with these tiled and floating windows on it and another one on workspace 6.
+std::string treeWith(const std::string& tiled, const std::string& floating) {
+  return R"({"type":"root","nodes":[
+    {"name":"__i3","focus":[9],"nodes":[{"id":9,"name":"__i3_scratch","floating_nodes":[)" +
+         view(50, 0, 0, 90, 90, "") + R"(]}]},
+    {"name":"DP-1","focus":[4,6],"nodes":[
+      {"id":4,"name":"1","nodes":[{"layout":"tabbed","nodes":[)" +
+         tiled + R"(]}],"floating_nodes":[)" + floating + R"(]},
+      {"id":6,"name":"2","nodes":[)" +
+         view(60, 0, 0, 90, 90, R"(,"visible":false)") + "]}]}]}";
+}
+
+TEST(SwayTree, TellsWhatIsInViewAndWhatIsOverIt) {
+  const std::string hidden = R"(,"visible":false)", shown = R"(,"visible":true)";
+  const Table<std::string, std::string, bool> cases{
+      // tiled and floating windows, and whether window 7, at (0, 0, 640, 480), is covered
+      {"alone", view(7, 0, 0, 640, 480), "", false},
+      {"beside another", view(7, 0, 0, 640, 480) + "," + view(8, 640, 0, 640, 480), "", false},
+      {"under a floating one", view(7, 0, 0, 640, 480), view(8, 600, 400, 90, 90), true},
+      {"under its title bar alone", view(7, 0, 0, 640, 480), view(8, 0, 470, 90, 90), true},
+      {"beside a floating one", view(7, 0, 0, 640, 480), view(8, 638, 0, 90, 90), false},
+      {"under one that is not in view", view(7, 0, 0, 640, 480), view(8, 0, 0, 90, 90, hidden), false},
+      {"over a tiled one", view(8, 0, 0, 640, 480), view(7, 0, 0, 640, 480), false},
+      {"under a later floating one", "", view(7, 0, 0, 640, 480) + "," + view(8, 9, 9, 90, 90), true},
+      {"over an earlier one", "", view(8, 9, 9, 90, 90) + "," + view(7, 0, 0, 640, 480), false},
+      {"under one that fills the screen",
+       view(8, 0, 0, 1280, 800, shown + R"(,"fullscreen_mode":1)") + "," + view(7, 0, 0, 640, 480), "", true},
+      {"a tab behind", view(7, 0, 0, 640, 480, hidden), "", true},
+  };
+  for (const auto& [reason, tiled, floating, isCovered] : cases) {
+    const auto windows = windowsOfSwayTree(treeWith(tiled, floating));
+    ASSERT_TRUE(windows) << reason;
+    std::map<std::uint32_t, NativeWindow> byID;
+    for (const auto& window : *windows) byID[window.id] = window;
+    EXPECT_EQ(byID[7].isCovered, isCovered) << reason;
+    EXPECT_EQ(byID[7].processID, 107);
+    EXPECT_EQ(byID[7].contents, (Rect{2, 25, 636, 453})) << "without what sway draws around it";
+    EXPECT_FALSE(byID[7].isMinimized || byID[7].isOnOtherWorkspace) << reason;
+    EXPECT_TRUE(byID[50].isMinimized && !byID[50].isOnOtherWorkspace) << "put out of sight";
+    EXPECT_TRUE(byID[60].isOnOtherWorkspace && !byID[60].isMinimized);
+  }
+}
+
+TEST(SwayTree, TellsWhoseWindowItIs) {
+  const std::string native = R"(,"visible":true,"focused":true,"app_id":"org.a","shell":"xdg_shell")";
+  const std::string x11 = R"(,"app_id":null,"shell":"xwayland","window_properties":{"class":"C","instance":"i"})";
+  const auto windows = windowsOfSwayTree(treeWith(view(7, 0, 0, 9, 90, native), view(8, 0, 0, 9, 90, x11))).value();
+  const auto first = std::ranges::find(windows, 7U, &NativeWindow::id),
+             second = std::ranges::find(windows, 8U, &NativeWindow::id);
+  EXPECT_TRUE(first->appID == "org.a" && !first->isX11 && first->isFocused);
+  EXPECT_TRUE(second->instanceName == "i" && second->className == "C" && second->isX11 && !second->isFocused);
+}
+
+TEST(SwayTree, IsNothingOfAnythingElse) {
+  const std::string deep(100'000, '[');
+  for (const auto& text : {std::string(), std::string("[]"), std::string("{\"nodes\":["), deep}) {
+    EXPECT_FALSE(windowsOfSwayTree(text)) << text.substr(0, 20);
+  }
+  for (const auto* text :
+       {"{}", R"({"nodes":7})", R"({"nodes":[7,{"focus":["a"],"nodes":[[],{"nodes":[{"pid":"x"}]}]}]})"}) {
+    EXPECT_TRUE(windowsOfSwayTree(text).value().empty()) << text;
+  }
+}
+
+TEST(Outputs, ScaleTheCompositorsCoordinatesToTheirPixels) {
+  const Table<Rect, PixelSize, double, Rect, Rect> cases{
+      {"a pixel a unit", {0, 0, 1280, 800}, {1280, 800}, 1, {10, 20, 30, 40}, {10, 20, 30, 40}},
+      {"two, at another place", {1280, 0, 640, 400}, {1280, 800}, 2, {1290, 20, 30, 40}, {20, 40, 60, 80}},
+      {"half ones, on its side: 853.3 is told as 853", {0, 0, 533, 853}, {800, 1280}, 1.5, {1, 3, 3, 5}, {2, 5, 4, 7}},
+      {"a quarter more", {0, 0, 1536, 864}, {1920, 1080}, 1.25, {1, 1, 2, 2}, {1, 1, 3, 3}},
+  };
+  for (const auto& [reason, logical, size, scale, place, expected] : cases) {
+    Output output;
+    output.logical = logical;
+    output.size = size;
+    EXPECT_EQ(scaleOf(output), scale) << reason;
+    EXPECT_EQ(onOutput(place, output), expected) << reason;
+  }
+}
+
+}  // namespace
+}  // namespace tavik::platform::wayland
