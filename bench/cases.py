@@ -84,6 +84,22 @@ CASES = (
     Case(*CHROMIUM, "pyatspi", shell(WALK + " Chromium"), (times_as_fast(4),)),
     Case(*PERFECT_UHD, "maim", shell("maim -f png | cat"), (times_as_fast(4), Bound(1.1, "times the bytes"), UHD)),
     Case(*PERFECT_UHD, *GET_IMAGE, (at_most(3.5),)),
+    Case(
+        "sway",
+        "glance of galculator on sway",
+        {"app_bundle_id": "galculator", "level": "glance"},
+        "grim, then pyatspi",
+        shell(f"grim -t jpeg - | cat; {WALK} galculator"),
+        (times_as_fast(3),),
+    ),
+    Case(
+        "sway",
+        "screen 1920x1080 on sway, pixel_perfect",
+        screen("pixel_perfect"),
+        "grim",
+        shell("grim -"),
+        (times_as_fast(2),),
+    ),
     Case("screen", "screen 3840x2160, read", screen("read"), *GET_IMAGE, (at_most(4), UHD)),
 )
 

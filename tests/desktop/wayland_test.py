@@ -127,6 +127,12 @@ class WaylandTest(unittest.TestCase):
         for socket in (None, "/nowhere"):
             self.assertEqual(ask({"target": "screen"} | PIXELS, {"SWAYSOCK": socket})["code"], "capture_failed")
 
+    def test_without_a_compositor(self) -> None:
+        """What runs through XWayland is there, as on an X server."""
+        data = capture({"app_name": "XTerm"} | PIXELS, {"WAYLAND_DISPLAY": "/nowhere"})
+        self.assertTrue(image_bytes(data))
+        self.assertEqual(ask({"app_name": "galculator"}, {"WAYLAND_DISPLAY": "/nowhere"})["code"], "target_app_not_running")
+
     def test_silent_compositor(self) -> None:
         compositor = next(pid for pid in processes() if Path(f"/proc/{pid}/comm").read_text() == "sway\n")
         os.kill(int(compositor), signal.SIGSTOP)
