@@ -26,7 +26,8 @@ std::vector<atspi::DesktopWindow> nativeWindowsOf(wayland::WlConnection& connect
 
 }  // namespace
 
-atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection, atspi::WindowSystem x11) {
+atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection,
+                                   const atspi::WindowSystem& x11) {
   const auto windowsOfProcess = [connection, ofX11 = x11.windowsOfProcess](std::int32_t processID) {
     auto windows = nativeWindowsOf(*connection, processID);
     auto more = ofX11(processID);

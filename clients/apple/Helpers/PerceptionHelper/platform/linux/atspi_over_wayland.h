@@ -8,6 +8,7 @@
 namespace tavik::platform {
 
 /// The windows that speak Wayland, for accessibility, and then those of `x11`, which also says where the bus is.
-atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection, atspi::WindowSystem x11);
+atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection,
+                                   const atspi::WindowSystem& x11);
 
 }  // namespace tavik::platform

@@ -52,7 +52,7 @@ Contribution contributionOfWayland() {
                                                 .native = wayland::makeScreenCapture(connection, catalog),
                                                 .x11 = std::move(x11.screenCapture)},
                                                isNative),
-          .windowSystem = windowSystemOf(connection, std::move(x11.windowSystem))};
+          .windowSystem = windowSystemOf(connection, x11.windowSystem)};
 }
 
 struct WindowSystemRow {

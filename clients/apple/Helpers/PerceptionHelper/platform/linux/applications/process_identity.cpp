@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "platform/linux/applications/process_evidence.h"
@@ -24,9 +25,9 @@ ApplicationIdentity identityOfProcess(std::int32_t processID, std::span<const Wi
   evidence.script = scriptName(processID, evidence.executable);
   if (windows.empty()) return identify(evidence, catalog);
   std::optional<ApplicationIdentity> identity;
-  std::set<WindowNames> known;  // which few windows say differently
+  std::set<std::tuple<std::string, std::string, std::string>> known;  // what windows say, which few say differently
   for (const auto& window : windows) {
-    if (!known.insert(window).second) continue;
+    if (!known.emplace(window.gtkApplicationID, window.instanceName, window.className).second) continue;
     evidence.gtkApplicationID = window.gtkApplicationID;
     evidence.instanceName = window.instanceName;
     evidence.className = window.className;

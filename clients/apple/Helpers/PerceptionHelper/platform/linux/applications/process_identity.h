@@ -14,7 +14,6 @@ struct WindowNames {
   std::string gtkApplicationID = {};  ///< _GTK_APPLICATION_ID, or xdg_toplevel's app_id
   std::string instanceName = {};      ///< WM_CLASS, first part
   std::string className = {};         ///< WM_CLASS, second part
-  auto operator<=>(const WindowNames&) const = default;
 };
 
 /// Adds those of `others` that are not there yet.

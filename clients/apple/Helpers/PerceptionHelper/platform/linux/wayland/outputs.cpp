@@ -74,9 +74,10 @@ std::vector<Output> outputs(WlConnection& connection) {
   std::vector<Output> found;
   for (auto& [output, logical] : candidates) {
     if (liesOnItsSide(output.transform)) std::swap(output.size.width, output.size.height);
-    if (!logical)
+    if (!logical) {
       output.logical = {.width = static_cast<double>(output.size.width),
                         .height = static_cast<double>(output.size.height)};
+    }
     if (output.size.width > 0 && output.size.height > 0) found.push_back(std::move(output));
   }
   std::ranges::stable_sort(found, {},

@@ -20,8 +20,8 @@ std::shared_ptr<const std::uint8_t> mapped(int descriptor, std::size_t byteCount
 
 ShmBuffer makeShmBuffer(WlConnection& connection, const BufferLayout& layout) {
   constexpr std::uint32_t kBytesPerPixel = 4;
-  if (!imaging::isSurfaceSize({layout.width, layout.height}) || layout.stride != layout.width * kBytesPerPixel)
-    return {};
+  if (!imaging::isSurfaceSize({layout.width, layout.height})) return {};
+  if (layout.stride != layout.width * kBytesPerPixel) return {};
   const std::size_t byteCount = std::size_t{layout.stride} * layout.height;
   const Owned<wl_shm> shm(connection.bindFirst<wl_shm>(wl_shm_interface, 1));
   const posix::FileDescriptor file(::memfd_create("tavik-perception", MFD_CLOEXEC));

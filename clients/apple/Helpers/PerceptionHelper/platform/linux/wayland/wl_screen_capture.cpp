@@ -88,7 +88,7 @@ class WlScreenCapture final : public ScreenCapture {
     const auto all = outputs(*connection_);
     const auto output = std::ranges::find(all, display.displayID, &Output::global);
     if (output == all.end() || !nativeWindows(*connection_)) return std::nullopt;
-    const auto picture = copyOutput(*connection_, *output);
+    auto picture = copyOutput(*connection_, *output);
     if (!picture || !sourceRect) return picture;
     const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
     if (!region) return std::nullopt;
