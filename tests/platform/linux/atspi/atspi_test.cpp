@@ -17,6 +17,7 @@
 #include "platform/linux/atspi/application.h"
 #include "platform/linux/atspi/element.h"
 #include "platform/linux/atspi/fake_peer.h"
+#include "platform/linux/atspi/registered_windows.h"
 #include "platform/linux/atspi/role_names.h"
 #include "platform/linux/atspi/tree.h"
 #include "platform/linux/atspi/window_matching.h"
@@ -134,6 +135,14 @@ TEST(PlaceWindows, GivesMenusThePlacementOfTheMainWindow) {
   EXPECT_EQ(placed[0], (PlacedWindow{.placement = Placement{{50, 50}, {100, 100}, 2}}));
   EXPECT_EQ(placeWindows(claims, windows, kGTK4)[0], PlacedWindow{});
   EXPECT_EQ(placeWindows(claims, {}, kQt)[0], PlacedWindow{.placement = Placement{}});
+}
+
+TEST(PlaceWindows, LeavesOutWhatNobodyKnows) {
+  const std::vector<WindowClaim> claims{{"W", Extents{0, 0, 9, 9}}, {.title = "W"}, {"", Extents{0, 0, 9, 9}}};
+  const std::vector somewhere{DesktopWindow{.title = "W", .isNative = true}};
+  for (const auto& units : {kQt, kGTK3, kGTK4}) {
+    EXPECT_EQ(placeWindows(claims, somewhere, units), std::vector<PlacedWindow>(3));
+  }
 }
 
 std::string string(UIElement& element, std::string_view attribute) {
@@ -328,6 +337,29 @@ TEST(AccessibilityBus, IsTheRootWindowsOnlyForWantOfAnother) {
   connectToAccessibilityBus([&] { return connected = ::accept(listening, nullptr, nullptr), std::nullopt; });
   EXPECT_GE(connected, 0) << "the environment's has been tried before";
   for (const int descriptor : {listening, connected}) ::close(descriptor);
+}
+
+TEST(RegisteredWindows, AreThoseThatApplicationsShowOrHaveMinimized) {
+  constexpr std::uint32_t kFrame = 23, kDialog = 16;
+  const auto active = kActive | kShowing;
+  FakePeer peer({{"/root", {}},
+                 {"/org/freedesktop/DBus", {}},
+                 {"/org/a11y/atspi/accessible/root", {.children = {"/app", "", "/mute", "!/thief"}}},
+                 {"/app", {.children = {"/main", "", "/minimized", "/away", "/panel", "/dialog"}}},
+                 {"/mute", {.children = {"/main"}, .failing = {"GetChildren"}}},
+                 {"/thief", {.children = {"/main"}}},
+                 {"/main", {.role = kFrame, .states = active, .name = "Main"}},
+                 {"/minimized", {.role = kFrame, .states = kIconified, .name = "Minimized"}},
+                 {"/away", {.role = kFrame, .states = kActive, .name = "Away"}},
+                 {"/panel", {.states = active, .name = "Panel"}},
+                 {"/dialog", {.role = kDialog, .name = "Dialog", .failing = {"Name"}}}});
+  const auto root = peer.takeRoot();
+  std::vector<std::string> windows;
+  for (const auto& [process, title, isActive, isMinimized] : registeredWindows(root->session()->conversation)) {
+    EXPECT_EQ(process, 7) << title;
+    windows.push_back(title + (isActive ? " active" : "") + (isMinimized ? " minimized" : ""));
+  }
+  EXPECT_EQ(windows, (std::vector<std::string>{"Main active", "Minimized minimized", ""}));
 }
 
 using Strings = std::vector<std::string>;

@@ -91,6 +91,7 @@ inline void appendAnswer(sd_bus_message* reply, sd_bus_message* call, const Fake
   if (member == "ChildCount") sd_bus_message_append(reply, "v", "i", static_cast<std::int32_t>(object.children.size()));
   if (member == "GetAll") appendAllProperties(reply, object);
   if (member == "Parent") sd_bus_message_append(reply, "v", "(so)", kName, object.parent.c_str());
+  if (member == "GetConnectionUnixProcessID") sd_bus_message_append(reply, "u", 7U);
   if (member == "GetRole") sd_bus_message_append(reply, "u", object.role);
   if (member == "GetRoleName") sd_bus_message_append(reply, "s", object.roleName.c_str());
   if (member == "GetState") sd_bus_message_append(reply, "au", 2, static_cast<std::uint32_t>(object.states), 0U);

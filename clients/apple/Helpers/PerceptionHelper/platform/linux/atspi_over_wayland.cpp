@@ -2,16 +2,15 @@
 
 #include <utility>
 
-#include "platform/linux/wayland/native_desktop.h"
-
 namespace tavik::platform {
 namespace {
 
 /// The compositor knows neither a shadow nor decorations that the client draws: its rectangle is what is seen.
-std::vector<atspi::DesktopWindow> nativeWindowsOf(wayland::WlConnection& connection, std::int32_t processID) {
+std::vector<atspi::DesktopWindow> nativeWindowsOf(wayland::WlConnection& connection,
+                                                  const wayland::NativeDesktopSource& desktop, std::int32_t processID) {
   std::vector<atspi::DesktopWindow> windows;
   const auto outputs = wayland::outputs(connection);
-  for (const auto& window : wayland::nativeWindows(connection).value_or(std::vector<wayland::NativeWindow>{})) {
+  for (const auto& window : desktop().windows) {
     if (window.processID != processID || window.isX11) continue;
     const auto place = wayland::pixelsOf(window, outputs);
     windows.push_back({.title = window.title,
@@ -27,9 +26,10 @@ std::vector<atspi::DesktopWindow> nativeWindowsOf(wayland::WlConnection& connect
 }  // namespace
 
 atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection,
-                                   const atspi::WindowSystem& x11) {
-  const auto windowsOfProcess = [connection, ofX11 = x11.windowsOfProcess](std::int32_t processID) {
-    auto windows = nativeWindowsOf(*connection, processID);
+                                   wayland::NativeDesktopSource desktop, const atspi::WindowSystem& x11) {
+  const auto windowsOfProcess = [connection, desktop = std::move(desktop),
+                                 ofX11 = x11.windowsOfProcess](std::int32_t processID) {
+    auto windows = nativeWindowsOf(*connection, desktop, processID);
     auto more = ofX11(processID);
     windows.insert(windows.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
     return windows;

@@ -3,12 +3,13 @@
 #include <memory>
 
 #include "platform/linux/atspi/window_system.h"
+#include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/wl_connection.h"
 
 namespace tavik::platform {
 
 /// The windows that speak Wayland, for accessibility, and then those of `x11`, which also says where the bus is.
 atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection,
-                                   const atspi::WindowSystem& x11);
+                                   wayland::NativeDesktopSource desktop, const atspi::WindowSystem& x11);
 
 }  // namespace tavik::platform

@@ -9,6 +9,7 @@
 #include "platform/linux/atspi/atspi_accessibility.h"
 #include "platform/linux/atspi_over_wayland.h"
 #include "platform/linux/atspi_over_x11.h"
+#include "platform/linux/desktop_by_accessibility.h"
 #include "platform/linux/linux_host.h"
 #include "platform/linux/merged_desktop.h"
 #include "platform/linux/wayland/native_window.h"
@@ -43,16 +44,19 @@ Contribution contributionOfWayland() {
   const auto connection = std::make_shared<wayland::WlConnection>();
   const auto catalog = std::make_shared<applications::DesktopEntryCatalog>(&applications::applicationFolders);
   auto x11 = contributionOfX11();
+  const auto desktop = [connection, otherwise = desktopByAccessibility(connection, catalog, x11.windowSystem)] {
+    return wayland::nativeDesktop(*connection, otherwise);
+  };
   const auto isReachable = [connection] { return connection->isReachable(); };
   const auto isNative = [](const Window& window) { return (window.windowID & wayland::kNativeWindowBit) != 0; };
   return {.workspace = mergedWorkspace({.hasNative = isReachable,
-                                        .native = wayland::makeWorkspace(connection, catalog),
+                                        .native = wayland::makeWorkspace(connection, desktop, catalog),
                                         .x11 = std::move(x11.workspace)}),
           .screenCapture = mergedScreenCapture({.hasNative = isReachable,
-                                                .native = wayland::makeScreenCapture(connection, catalog),
+                                                .native = wayland::makeScreenCapture(connection, desktop, catalog),
                                                 .x11 = std::move(x11.screenCapture)},
                                                isNative),
-          .windowSystem = windowSystemOf(connection, x11.windowSystem)};
+          .windowSystem = windowSystemOf(connection, desktop, x11.windowSystem)};
 }
 
 struct WindowSystemRow {

@@ -1,5 +1,6 @@
 #include "platform/linux/atspi/registry.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -14,16 +15,15 @@ namespace {
 constexpr auto kBusDriver = "org.freedesktop.DBus";
 constexpr std::size_t kMaxApplications = 1000;
 
-/// What is known of a registered application.
-struct Application {
+/// A registered application that may be the one.
+struct Candidate {
   dbus::Reference root = {};
-  std::optional<std::uint32_t> processID = {};
   bool hasWindows = false;
 };
 
-std::vector<Application> registeredApplications(dbus::Conversation& conversation) {
+std::vector<RegisteredApplication> registeredRoots(dbus::Conversation& conversation) {
   const dbus::Reference registry{.busName = "org.a11y.atspi.Registry", .path = "/org/a11y/atspi/accessible/root"};
-  std::vector<Application> applications;
+  std::vector<RegisteredApplication> applications;
   conversation.ask(registry, kAccessible, "GetChildren", [&applications](const dbus::Answer& answer) {
     for (auto& root : readReferences(answer.reply, kMaxApplications).value_or(std::vector<dbus::Reference>{})) {
       applications.push_back({.root = std::move(root)});
@@ -33,21 +33,10 @@ std::vector<Application> registeredApplications(dbus::Conversation& conversation
   return applications;
 }
 
-void askProcessIDs(dbus::Conversation& conversation, std::vector<Application>& applications) {
-  const dbus::Reference driver{.busName = kBusDriver, .path = "/org/freedesktop/DBus"};
-  for (Application& application : applications) {
-    conversation.ask(
-        driver, kBusDriver, "GetConnectionUnixProcessID",
-        [&application](const dbus::Answer& answer) { application.processID = readUInt32(answer.reply); }, "s",
-        application.root.busName.c_str());
-  }
-  conversation.settle();
-}
-
-void askForWindows(dbus::Conversation& conversation, std::vector<Application>& applications) {
-  for (Application& application : applications) {
-    conversation.askProperty(application.root, kAccessible, "ChildCount", [&application](const dbus::Answer& answer) {
-      application.hasWindows = readInt32Property(answer.reply).value_or(0) > 0;
+void askForWindows(dbus::Conversation& conversation, std::vector<Candidate>& candidates) {
+  for (Candidate& candidate : candidates) {
+    conversation.askProperty(candidate.root, kAccessible, "ChildCount", [&candidate](const dbus::Answer& answer) {
+      candidate.hasWindows = readInt32Property(answer.reply).value_or(0) > 0;
     });
   }
   conversation.settle();
@@ -61,19 +50,30 @@ bool speaksFor(std::int32_t connected, std::int32_t processID, const std::string
 
 }  // namespace
 
-std::optional<dbus::Reference> findApplication(dbus::Conversation& conversation, std::int32_t processID) {
-  auto applications = registeredApplications(conversation);
-  askProcessIDs(conversation, applications);
-  const auto instance = applications::flatpakInstance(processID);
-  std::erase_if(applications, [&](const Application& application) {
-    return !application.processID || !speaksFor(static_cast<std::int32_t>(*application.processID), processID, instance);
-  });
-  if (applications.empty()) return std::nullopt;
-  if (applications.size() > 1) askForWindows(conversation, applications);
-  for (const Application& application : applications) {
-    if (application.hasWindows) return application.root;
+std::vector<RegisteredApplication> registeredApplications(dbus::Conversation& conversation) {
+  const dbus::Reference driver{.busName = kBusDriver, .path = "/org/freedesktop/DBus"};
+  auto applications = registeredRoots(conversation);
+  for (auto& application : applications) {
+    const auto handler = [&application](const dbus::Answer& answer) {
+      application.processID = static_cast<std::int32_t>(readUInt32(answer.reply).value_or(0));
+    };
+    conversation.ask(driver, kBusDriver, "GetConnectionUnixProcessID", handler, "s", application.root.busName.c_str());
   }
-  return applications.front().root;
+  conversation.settle();
+  std::erase_if(applications, [](const auto& application) { return application.processID <= 0; });
+  return applications;
+}
+
+std::optional<dbus::Reference> findApplication(dbus::Conversation& conversation, std::int32_t processID) {
+  const auto instance = applications::flatpakInstance(processID);
+  std::vector<Candidate> candidates;
+  for (auto& application : registeredApplications(conversation)) {
+    if (speaksFor(application.processID, processID, instance)) candidates.push_back({std::move(application.root)});
+  }
+  if (candidates.empty()) return std::nullopt;
+  if (candidates.size() > 1) askForWindows(conversation, candidates);
+  const auto withWindows = std::ranges::find_if(candidates, &Candidate::hasWindows);
+  return (withWindows != candidates.end() ? *withWindows : candidates.front()).root;
 }
 
 }  // namespace tavik::platform::atspi

@@ -26,6 +26,7 @@ constexpr auto kText = "org.a11y.atspi.Text";
 using States = std::uint64_t;
 constexpr States kActive = States{1} << 1U;
 constexpr States kFocused = States{1} << 12U;
+constexpr States kIconified = States{1} << 15U;
 constexpr States kMultiLine = States{1} << 17U;
 constexpr States kShowing = States{1} << 25U;
 constexpr States kVisible = States{1} << 30U;

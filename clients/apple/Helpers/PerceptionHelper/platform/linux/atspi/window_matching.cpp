@@ -52,10 +52,12 @@ std::optional<Fit> closestFit(const Extents& extents, const DesktopWindow& windo
   return closest;
 }
 
+bool hasPlace(const DesktopWindow& window) { return window.visible.width > 0 && window.visible.height > 0; }
+
 /// Usual scales are quarters, some are twentieths. Others, set by a density of the screen, are believed when both sides
 /// have them.
 std::optional<Fit> fitOf(const WindowClaim& claim, const DesktopWindow& window, const ToolkitUnits& units) {
-  if (!claim.extents || !isSomewhere(*claim.extents)) return std::nullopt;
+  if (!claim.extents || !isSomewhere(*claim.extents) || !hasPlace(window)) return std::nullopt;
   if (!units.areWhole) {
     for (const double step : {0.25, 0.05, 0.0}) {
       if (const auto fit = closestFit(*claim.extents, window, step, kRounding)) return fit;
@@ -73,10 +75,10 @@ int likeness(const WindowClaim& claim, const DesktopWindow& window, const Toolki
   const auto units = unitsIn(window, ofToolkit);
   const auto fit = fitOf(claim, window, units);
   const bool hasTitle = !claim.title.empty() && claim.title == window.title;
-  const bool hasPlace = fit && units.areOnScreen && isThere(*claim.extents, *fit);
-  if (!hasTitle && !hasPlace && (!fit || units.areOnScreen)) return 0;
+  const bool isInPlace = fit && units.areOnScreen && isThere(*claim.extents, *fit);
+  if (!hasTitle && !isInPlace && (!fit || units.areOnScreen)) return 0;
   const bool hasActivity = claim.isActive == window.isActive;
-  return (hasTitle ? 8 : 0) + (fit ? 4 : 0) + (hasPlace ? 2 : 0) + (hasActivity ? 1 : 0);
+  return (hasTitle ? 8 : 0) + (fit ? 4 : 0) + (isInPlace ? 2 : 0) + (hasActivity ? 1 : 0);
 }
 
 /// Half of what an area is larger than what is in it, in pixels.
@@ -106,7 +108,7 @@ PlacedWindow placeWindow(const WindowClaim& claim, std::span<const DesktopWindow
                          const ToolkitUnits& units) {
   const auto rank = [&](const DesktopWindow& window) { return likeness(claim, window, units); };
   const auto window = std::ranges::max_element(candidates, {}, rank);
-  if (window == candidates.end() || rank(*window) == 0) return {};
+  if (window == candidates.end() || rank(*window) == 0 || !hasPlace(*window)) return {};
   // Whoever says nothing of its size is known by its title alone.
   if (!claim.extents || !isSomewhere(*claim.extents)) return {.visible = window->visible};
   const auto unitsHere = unitsIn(*window, units);

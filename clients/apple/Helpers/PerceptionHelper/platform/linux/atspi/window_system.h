@@ -11,7 +11,8 @@
 /// What accessibility wants of the window system, whichever that is.
 namespace tavik::platform::atspi {
 
-/// A window as the window system has it. Rectangles are in pixels of the screen and have whole numbers.
+/// A window as the window system has it. Rectangles are in pixels of the screen and have whole numbers; those of a
+/// window whose place it does not know are empty.
 struct DesktopWindow {
   std::string title = {};  ///< valid UTF-8
   bool isActive = false;   ///< it has the keyboard focus

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/linux/wayland/sway_ipc.h"
 #include "platform/linux/wayland/sway_tree.h"
@@ -21,6 +22,11 @@ std::optional<std::vector<NativeWindow>> nativeWindows(WlConnection& connection)
   if (!connection.isReachable()) return std::nullopt;
   const auto tree = askSway(SwayQuestion::tree);
   return tree ? windowsOfSwayTree(*tree) : std::nullopt;
+}
+
+NativeDesktop nativeDesktop(WlConnection& connection, const NativeDesktopSource& otherwise) {
+  auto windows = nativeWindows(connection);
+  return windows ? NativeDesktop{.windows = *std::move(windows), .isFocusCertain = true} : otherwise();
 }
 
 const Output* outputOf(const NativeWindow& window, const std::vector<Output>& outputs) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -9,6 +10,18 @@
 #include "platform/linux/wayland/wl_connection.h"
 
 namespace tavik::platform::wayland {
+
+/// What is known of a desktop's windows, those that have the focus first.
+struct NativeDesktop {
+  std::vector<NativeWindow> windows = {};
+  bool isFocusCertain = false;  ///< it is certain, by the compositor, which window has the focus, or that none has
+};
+
+/// Asked afresh each time.
+using NativeDesktopSource = std::function<NativeDesktop()>;
+
+/// The windows as the compositor tells them, with the focus, else what `otherwise` knows.
+NativeDesktop nativeDesktop(WlConnection& connection, const NativeDesktopSource& otherwise);
 
 /// The compositor's windows, as whoever of its interfaces tells them: at present sway's own. Nothing when it tells
 /// nobody, and so not either which of them has the focus.

@@ -16,7 +16,7 @@ struct NativeWindow {
   std::string instanceName = {};  ///< of WM_CLASS, for one that speaks X11
   std::string className = {};     ///< of WM_CLASS, for one that speaks X11
   bool isX11 = false;             ///< it runs through XWayland
-  Rect contents = {};             ///< what the application draws, in the compositor's coordinates
+  Rect contents = {};             ///< what the application draws, in the compositor's coordinates; empty when unknown
   bool isFocused = false;         ///< it has the keyboard focus
   bool isMinimized = false;
   bool isOnOtherWorkspace = false;  ///< one that no output shows

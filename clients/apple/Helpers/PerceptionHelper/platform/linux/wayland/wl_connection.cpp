@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include "platform/posix/run_time.h"
 
@@ -49,6 +50,13 @@ bool WlConnection::isReachable() {
     }
   }
   return display_ && !isOver_;
+}
+
+std::int32_t WlConnection::compositorProcessID() const {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  const int descriptor = display_ ? wlClient()->wl_display_get_fd(display_.get()) : -1;
+  return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
 const WlConnection::Global* WlConnection::first(const wl_interface& interface) const {

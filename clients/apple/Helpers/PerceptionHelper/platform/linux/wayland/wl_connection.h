@@ -23,6 +23,9 @@ class WlConnection {
   /// members below, which need a connection.
   bool isReachable();
 
+  /// The process at the other end; 0 when it is not known.
+  std::int32_t compositorProcessID() const;
+
   /// Binds the global object with this name and interface, at most at the version that both sides know; null when the
   /// compositor has none. The caller owns it.
   template <class Object>

@@ -40,6 +40,7 @@ inline const WlClient* wlClient() { return posix::loaded<WlClient>(); }
 #define wl_proxy_marshal_flags tavik::platform::wayland::wlClient()->wl_proxy_marshal_flags
 
 #include <wayland.h>
+#include <wlr-foreign-toplevel-management-unstable-v1.h>
 #include <wlr-screencopy-unstable-v1.h>
 #include <xdg-output-unstable-v1.h>
 

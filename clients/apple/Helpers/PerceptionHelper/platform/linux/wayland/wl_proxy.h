@@ -14,6 +14,8 @@ struct DestroyObject {
   void operator()(wl_registry* object) const { wl_registry_destroy(object); }
   void operator()(wl_shm* object) const { wl_shm_destroy(object); }
   void operator()(wl_shm_pool* object) const { wl_shm_pool_destroy(object); }
+  void operator()(zwlr_foreign_toplevel_handle_v1* object) const { zwlr_foreign_toplevel_handle_v1_destroy(object); }
+  void operator()(zwlr_foreign_toplevel_manager_v1* object) const { zwlr_foreign_toplevel_manager_v1_destroy(object); }
   void operator()(zwlr_screencopy_frame_v1* object) const { zwlr_screencopy_frame_v1_destroy(object); }
   void operator()(zwlr_screencopy_manager_v1* object) const { zwlr_screencopy_manager_v1_destroy(object); }
   void operator()(zxdg_output_manager_v1* object) const { zxdg_output_manager_v1_destroy(object); }

@@ -8,7 +8,6 @@
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/display_region.h"
-#include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/native_identity.h"
 #include "platform/linux/wayland/screencopy.h"
 #include "platform/posix/run_time.h"
@@ -45,8 +44,8 @@ PixelRect wholeOf(const Output& output) {
 
 class WlScreenCapture final : public ScreenCapture {
  public:
-  WlScreenCapture(std::shared_ptr<WlConnection> connection, Catalog catalog)
-      : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
+  WlScreenCapture(std::shared_ptr<WlConnection> connection, NativeDesktopSource desktop, Catalog catalog)
+      : connection_(std::move(connection)), desktop_(std::move(desktop)), catalog_(std::move(catalog)) {}
 
   bool preflightScreenCaptureAccess() override { return connection_->isReachable() && hasScreencopy(*connection_); }
 
@@ -58,7 +57,7 @@ class WlScreenCapture final : public ScreenCapture {
       content.displays.push_back(
           {.displayID = output.global, .width = output.size.width, .height = output.size.height});
     }
-    for (const auto& window : nativeWindows(*connection_).value_or(std::vector<NativeWindow>{})) {
+    for (const auto& window : desktop_().windows) {
       const bool isListed = !options.onScreenWindowsOnly || !window.isOnOtherWorkspace;
       if (!window.isX11 && isListed) content.windows.push_back(toWindow(window, all, catalog_));
     }
@@ -87,9 +86,10 @@ class WlScreenCapture final : public ScreenCapture {
   std::optional<Bitmap> captureDisplay(const Display& display, const std::optional<Rect>& sourceRect) {
     const auto all = outputs(*connection_);
     const auto output = std::ranges::find(all, display.displayID, &Output::global);
-    if (output == all.end() || !nativeWindows(*connection_)) return std::nullopt;
-    auto picture = copyOutput(*connection_, *output);
-    if (!picture || !sourceRect) return picture;
+    if (output == all.end() || !desktop_().isFocusCertain) return std::nullopt;
+    const auto picture = copyOutput(*connection_, *output);
+    if (!picture || !desktop_().isFocusCertain) return std::nullopt;
+    if (!sourceRect) return picture;
     const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
     if (!region) return std::nullopt;
     const auto part = imaging::partOf(*picture, region->source);
@@ -105,7 +105,7 @@ class WlScreenCapture final : public ScreenCapture {
     bool operator==(const Place&) const = default;
   };
   std::optional<Place> placeOf(const Window& listed, const std::vector<Output>& all) {
-    const auto windows = nativeWindows(*connection_).value_or(std::vector<NativeWindow>{});
+    const auto windows = desktop_().windows;
     const auto window = std::ranges::find(windows, listed.windowID & ~kNativeWindowBit, &NativeWindow::id);
     if (window == windows.end() || window->isCovered || window->isMinimized) return std::nullopt;
     const auto* const output = outputOf(*window, all);
@@ -131,13 +131,15 @@ class WlScreenCapture final : public ScreenCapture {
   }
 
   std::shared_ptr<WlConnection> connection_;
+  NativeDesktopSource desktop_;
   Catalog catalog_;
 };
 
 }  // namespace
 
-std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<WlConnection> connection, Catalog catalog) {
-  return std::make_unique<WlScreenCapture>(std::move(connection), std::move(catalog));
+std::unique_ptr<ScreenCapture> makeScreenCapture(std::shared_ptr<WlConnection> connection, NativeDesktopSource desktop,
+                                                 Catalog catalog) {
+  return std::make_unique<WlScreenCapture>(std::move(connection), std::move(desktop), std::move(catalog));
 }
 
 }  // namespace tavik::platform::wayland

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "platform/linux/applications/identified_application.h"
-#include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/native_identity.h"
 
 namespace tavik::platform::wayland {
@@ -38,13 +37,13 @@ RunningApplicationRef applicationOf(Windows windows, const Catalog& catalog) {
 
 class WlWorkspace final : public Workspace {
  public:
-  WlWorkspace(std::shared_ptr<WlConnection> connection, Catalog catalog)
-      : connection_(std::move(connection)), catalog_(std::move(catalog)) {}
+  WlWorkspace(std::shared_ptr<WlConnection> connection, NativeDesktopSource desktop, Catalog catalog)
+      : connection_(std::move(connection)), desktop_(std::move(desktop)), catalog_(std::move(catalog)) {}
 
   /// Those with a window in front first.
   std::vector<RunningApplicationRef> runningApplications() override {
     std::vector<RunningApplicationRef> applications;
-    for (auto& windows : byProcess(nativeWindows(*connection_).value_or(Windows{}))) {
+    for (auto& windows : byProcess(desktop_().windows)) {
       applications.push_back(applicationOf(std::move(windows), catalog_));
     }
     return applications;
@@ -55,7 +54,7 @@ class WlWorkspace final : public Workspace {
   }
 
   RunningApplicationRef frontmostApplication() override {
-    for (auto& windows : byProcess(nativeWindows(*connection_).value_or(Windows{}))) {
+    for (auto& windows : byProcess(desktop_().windows)) {
       if (std::ranges::any_of(windows, &NativeWindow::isFocused)) return applicationOf(std::move(windows), catalog_);
     }
     return nullptr;
@@ -69,13 +68,15 @@ class WlWorkspace final : public Workspace {
 
  private:
   std::shared_ptr<WlConnection> connection_;
+  NativeDesktopSource desktop_;
   Catalog catalog_;
 };
 
 }  // namespace
 
-std::unique_ptr<Workspace> makeWorkspace(std::shared_ptr<WlConnection> connection, Catalog catalog) {
-  return std::make_unique<WlWorkspace>(std::move(connection), std::move(catalog));
+std::unique_ptr<Workspace> makeWorkspace(std::shared_ptr<WlConnection> connection, NativeDesktopSource desktop,
+                                         Catalog catalog) {
+  return std::make_unique<WlWorkspace>(std::move(connection), std::move(desktop), std::move(catalog));
 }
 
 }  // namespace tavik::platform::wayland
