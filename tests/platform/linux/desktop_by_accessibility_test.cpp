@@ -17,7 +17,7 @@ using wayland::Toplevel;
 using Toplevels = std::optional<std::vector<Toplevel>>;
 
 std::vector<std::string> namesOf(std::int32_t process) {
-  return {process == 3 ? "org.c" : std::string(1, static_cast<char>('`' + process))};  // 1 is "a"
+  return {process == 3 ? "org.c" : std::string(1, static_cast<char>('`' + process % 3))};  // 1 and 4 are "a"
 }
 
 RegisteredWindow of(std::int32_t process, const std::string& title, bool isActive = false) {
@@ -48,6 +48,9 @@ TEST(MergedDesktop, KnowsTheFocusOnlyWhereAllAgree) {
       {"it does of whoever says so", {active(1, "A"), of(2, "B")}, {{activated("A", "x")}}, "1A"},
       {"not where a stranger has it too", {active(1, "A")}, {{activated("A", "x"), {"A", "y"}}}, kUnknown},
       {"nor without one", {active(1, "")}, {{activated("", "")}}, kUnknown},
+      {"two go by the name: by the title", {of(1, "A"), of(4, "B")}, {{activated("A", "a")}}, "1A"},
+      {"else by what they say", {of(1, "A"), active(4, "A")}, {{activated("A", "a"), {"A", "a"}}}, "4A"},
+      {"else not", {of(1, "A"), of(4, "A")}, {{activated("A", "a"), {"A", "a"}}}, kUnknown},
       {"somebody else says so", {active(1, "A"), of(2, "B")}, {{activated("B", "b")}}, kUnknown},
       {"the name is somebody else's", {active(1, "A"), of(2, "A")}, {{activated("A", "b")}}, kUnknown},
       {"a stranger", {of(1, "A")}, {{activated("T", "foot"), {"A", "a"}}}, kUnknown},

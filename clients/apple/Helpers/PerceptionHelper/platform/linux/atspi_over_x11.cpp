@@ -49,4 +49,14 @@ atspi::WindowSystem windowSystemOf(const std::shared_ptr<XConnection>& connectio
           .accessibilityBusAddress = [connection] { return accessibilityBusAddress(*connection); }};
 }
 
+std::vector<atspi::RegisteredWindow> windowsOnX11(XConnection& connection) {
+  const XWatchdog::Watch watch(connection.watchdog());
+  std::vector<atspi::RegisteredWindow> windows;
+  for (const auto& window : x11::managedWindows(connection)) {
+    if (!window.isRegular) continue;
+    windows.push_back({.processID = window.processID, .title = window.title, .isActive = window.isActive});
+  }
+  return windows;
+}
+
 }  // namespace tavik::platform

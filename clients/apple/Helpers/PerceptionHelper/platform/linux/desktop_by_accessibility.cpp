@@ -43,8 +43,8 @@ class Owners {
   std::optional<ProcessID> of(const Toplevel& toplevel) const {
     auto owners = named(toplevel.appID);
     const bool isNamed = !owners.empty();
-    const auto withTitle = titled(toplevel.title);
-    if (!isNamed || owners.size() > 1) owners = isNamed ? common(owners, withTitle) : common(active_, withTitle);
+    if (owners.size() != 1) owners = isNamed ? common(owners, titled(toplevel.title)) : titled(toplevel.title);
+    if (!isNamed || owners.size() > 1) owners = common(owners, active_);
     return owners.size() == 1 ? std::optional(*owners.begin()) : std::nullopt;
   }
 
@@ -146,10 +146,22 @@ NativeDesktop mergedDesktop(std::span<const RegisteredWindow> registered,
 
 namespace {
 
+bool isOfOneOf(std::span<const RegisteredWindow> windows, ProcessID process) {
+  return std::ranges::find(windows, process, &RegisteredWindow::processID) != windows.end();
+}
+
+/// Adds the windows of processes that have none yet, and are known.
+void addThoseOfOthers(std::vector<RegisteredWindow>& windows, std::span<const RegisteredWindow> others) {
+  const auto count = windows.size();
+  for (const auto& other : others) {
+    if (other.processID > 0 && !isOfOneOf({windows.data(), count}, other.processID)) windows.push_back(other);
+  }
+}
+
 class DesktopByAccessibility {
  public:
   DesktopByAccessibility(std::shared_ptr<wayland::WlConnection> connection,
-                         std::shared_ptr<applications::DesktopEntryCatalog> catalog, atspi::WindowSystem x11)
+                         std::shared_ptr<applications::DesktopEntryCatalog> catalog, X11Side x11)
       : connection_(std::move(connection)), catalog_(std::move(catalog)), x11_(std::move(x11)) {}
 
   NativeDesktop operator()() {
@@ -157,14 +169,11 @@ class DesktopByAccessibility {
     const auto compositor = connection_->compositorProcessID();
     auto registered = atspi::registeredWindows(*conversation_);
     std::erase_if(registered, [compositor](const auto& window) { return window.processID == compositor; });
+    const auto onX11 = x11_.windows();
+    addThoseOfOthers(registered, onX11);
     const auto namesOf = [this](ProcessID process) { return names(process); };
     auto desktop = mergedDesktop(registered, wayland::foreignToplevels(*connection_), namesOf);
-    std::map<ProcessID, bool> speaksX11;
-    for (auto& window : desktop.windows) {
-      const auto [entry, isNew] = speaksX11.try_emplace(window.processID);
-      if (isNew) entry->second = !x11_.windowsOfProcess(window.processID).empty();
-      window.isX11 = entry->second;
-    }
+    for (auto& window : desktop.windows) window.isX11 = isOfOneOf(onX11, window.processID);
     return desktop;
   }
 
@@ -188,7 +197,7 @@ class DesktopByAccessibility {
 
   std::shared_ptr<wayland::WlConnection> connection_;
   std::shared_ptr<applications::DesktopEntryCatalog> catalog_;
-  atspi::WindowSystem x11_;
+  X11Side x11_;
   bool triedToConnect_ = false;
   std::unique_ptr<dbus::Conversation> conversation_;
   std::map<ProcessID, std::vector<std::string>> names_;
@@ -198,7 +207,7 @@ class DesktopByAccessibility {
 
 wayland::NativeDesktopSource desktopByAccessibility(std::shared_ptr<wayland::WlConnection> connection,
                                                     std::shared_ptr<applications::DesktopEntryCatalog> catalog,
-                                                    atspi::WindowSystem x11) {
+                                                    X11Side x11) {
   const auto source =
       std::make_shared<DesktopByAccessibility>(std::move(connection), std::move(catalog), std::move(x11));
   return [source] { return (*source)(); };

@@ -10,7 +10,6 @@
 
 #include "platform/linux/applications/desktop_entry_catalog.h"
 #include "platform/linux/atspi/registered_windows.h"
-#include "platform/linux/atspi/window_system.h"
 #include "platform/linux/wayland/foreign_toplevels.h"
 #include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/wl_connection.h"
@@ -36,10 +35,16 @@ wayland::NativeDesktop mergedDesktop(std::span<const atspi::RegisteredWindow> re
                                      const std::optional<std::vector<wayland::Toplevel>>& toplevels,
                                      const NamesOfProcess& namesOf);
 
+/// What XWayland's server knows.
+struct X11Side {
+  std::function<std::vector<atspi::RegisteredWindow>()> windows = {};
+  std::function<std::optional<std::string>()> accessibilityBusAddress = {};
+};
+
 /// The source of it. Connects to the accessibility bus at the first question. The compositor itself, which may show
-/// panels of its own, is no application. `x11` tells whose windows speak X11, and where the bus is.
+/// panels of its own, is no application. Windows on the X server are those of processes that are not on the bus.
 wayland::NativeDesktopSource desktopByAccessibility(std::shared_ptr<wayland::WlConnection> connection,
                                                     std::shared_ptr<applications::DesktopEntryCatalog> catalog,
-                                                    atspi::WindowSystem x11);
+                                                    X11Side x11);
 
 }  // namespace tavik::platform

@@ -31,22 +31,25 @@ struct Contribution {
   atspi::WindowSystem windowSystem = {};
 };
 
-Contribution contributionOfX11() {
-  const auto connection = std::make_shared<x11::XConnection>();
+Contribution contributionOf(const std::shared_ptr<x11::XConnection>& connection) {
   const auto catalog = std::make_shared<applications::DesktopEntryCatalog>(&applications::applicationFolders);
   return {.workspace = x11::makeWorkspace(connection, catalog),
           .screenCapture = x11::makeScreenCapture(connection, catalog),
           .windowSystem = windowSystemOf(connection)};
 }
 
+Contribution contributionOfX11() { return contributionOf(std::make_shared<x11::XConnection>()); }
+
 /// Of which XWayland's is a part, as long as there is one.
 Contribution contributionOfWayland() {
   const auto connection = std::make_shared<wayland::WlConnection>();
   const auto catalog = std::make_shared<applications::DesktopEntryCatalog>(&applications::applicationFolders);
-  auto x11 = contributionOfX11();
-  const auto desktop = [connection, otherwise = desktopByAccessibility(connection, catalog, x11.windowSystem)] {
-    return wayland::nativeDesktop(*connection, otherwise);
-  };
+  const auto server = std::make_shared<x11::XConnection>();
+  auto x11 = contributionOf(server);
+  const auto otherwise = desktopByAccessibility(connection, catalog,
+                                                {.windows = [server] { return windowsOnX11(*server); },
+                                                 .accessibilityBusAddress = x11.windowSystem.accessibilityBusAddress});
+  const auto desktop = [connection, otherwise] { return wayland::nativeDesktop(*connection, otherwise); };
   const auto isReachable = [connection] { return connection->isReachable(); };
   const auto isNative = [](const Window& window) { return (window.windowID & wayland::kNativeWindowBit) != 0; };
   return {.workspace = mergedWorkspace({.hasNative = isReachable,
