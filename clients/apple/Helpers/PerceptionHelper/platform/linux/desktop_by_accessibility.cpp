@@ -1,6 +1,7 @@
 #include "platform/linux/desktop_by_accessibility.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <iterator>
@@ -13,6 +14,7 @@
 #include "platform/linux/applications/process_identity.h"
 #include "platform/linux/atspi/accessibility_bus.h"
 #include "platform/linux/dbus/conversation.h"
+#include "platform/linux/dbus/patience.h"
 #include "text/caseless_equal.h"
 
 namespace tavik::platform {
@@ -158,6 +160,9 @@ void addThoseOfOthers(std::vector<RegisteredWindow>& windows, std::span<const Re
   }
 }
 
+/// Shorter than that of whoever then reads the tree of an application: both may wait for the same one.
+constexpr std::chrono::milliseconds kSilence{600};
+
 class DesktopByAccessibility {
  public:
   DesktopByAccessibility(std::shared_ptr<wayland::WlConnection> connection,
@@ -181,7 +186,7 @@ class DesktopByAccessibility {
   bool connect() {
     if (std::exchange(triedToConnect_, true)) return conversation_ != nullptr;
     if (auto bus = atspi::connectToAccessibilityBus(x11_.accessibilityBusAddress)) {
-      conversation_ = std::make_unique<dbus::Conversation>(std::move(bus));
+      conversation_ = std::make_unique<dbus::Conversation>(std::move(bus), dbus::Patience({.silence = kSilence}));
     }
     return conversation_ != nullptr;
   }
