@@ -87,7 +87,7 @@ class WlScreenCapture final : public ScreenCapture {
     const auto all = outputs(*connection_);
     const auto output = std::ranges::find(all, display.displayID, &Output::global);
     if (output == all.end() || !desktop_().isFocusCertain) return std::nullopt;
-    const auto picture = copyOutput(*connection_, *output);
+    auto picture = copyOutput(*connection_, *output);
     if (!picture || !desktop_().isFocusCertain) return std::nullopt;
     if (!sourceRect) return picture;
     const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
