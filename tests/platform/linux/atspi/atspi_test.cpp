@@ -111,6 +111,26 @@ TEST(PlaceWindows, MeasuresTheScaleAndLeadsToTheScreen) {
   }
 }
 
+TEST(PlaceWindows, PutsTheClientBelowATitleBar) {
+  const Table<Extents, double, std::optional<Point>> cases{
+      {"a title bar alone", {0, 0, 300, 163}, 1, Point{40, 97}},
+      {"borders too, alike on three sides", {0, 0, 290, 158}, 1, Point{45, 97}},
+      {"at a scale", {0, 0, 150, 82}, 2, Point{40, 96}},
+      {"no decorations", {0, 0, 300, 200}, 1, Point{40, 60}},
+      {"half as high: another window", {0, 0, 300, 90}, 1, std::nullopt},
+      {"wider: a shadow that the client counts", {0, 0, 352, 239}, 1, std::nullopt},
+  };
+  for (const auto& [reason, extents, scale, expected] : cases) {
+    auto window = managed("W", {40, 60, 300, 200});
+    window.isNative = true;
+    window.visible = window.client;
+    window.scaleOfDecorated = scale;
+    const auto placed = placeWindows(std::vector{WindowClaim{"W", extents}}, std::vector{window}, kGTK4).front();
+    EXPECT_EQ(placed.placement ? std::optional(placed.placement->place) : std::nullopt, expected) << reason;
+    EXPECT_EQ(placed.visible, window.visible) << reason;
+  }
+}
+
 TEST(PlaceWindows, ChoosesByTitleThenBySizePlaceAndActivity) {
   auto front = managed("B", {1, 1, 300, 200}), behind = managed("A", {102, 2, 300, 200});
   const auto seen = [&](const WindowClaim& claim, const ToolkitUnits& units) {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/imaging/bitmap_canvas.h"
+#include "platform/linux/wayland/kwin_screenshot.h"
 #include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/outputs.h"
 #include "platform/linux/wayland/sway_tree.h"
@@ -106,6 +108,59 @@ TEST(Outputs, ScaleTheCompositorsCoordinatesToTheirPixels) {
     EXPECT_EQ(scaleOf(output), scale) << reason;
     EXPECT_EQ(onOutput(place, output), expected) << reason;
   }
+}
+
+/// A picture of these rows: '#' opaque, '.' half so, ' ' nothing.
+imaging::Bitmap pictureOf(const std::vector<std::string>& rows) {
+  constexpr std::size_t kBytesPerPixel = 4;
+  const PixelSize size{static_cast<std::int64_t>(rows[0].size()), static_cast<std::int64_t>(rows.size())};
+  const auto pixels = imaging::blankPixels(size);
+  auto* alpha = pixels.get() + 3;
+  for (const auto& row : rows) {
+    for (const char pixel : row) {
+      *alpha = pixel == '#' ? 0xFF : pixel == '.' ? 0x80 : 0;
+      alpha += kBytesPerPixel;
+    }
+  }
+  return {.size = size,
+          .rowBytes = rows[0].size() * kBytesPerPixel,
+          .alpha = imaging::AlphaMode::premultiplied,
+          .pixels = pixels};
+}
+
+TEST(KWinScreenshot, FindsTheWindowInItsShadow) {
+  using imaging::PixelRect;
+  const Table<std::vector<std::string>, PixelSize, std::optional<PixelRect>> cases{
+      {"round corners, a shadow", {"......", "..##..", ".####.", ".####.", "......"}, {4, 3}, PixelRect{1, 1, 4, 3}},
+      {"none", {"####", "####"}, {4, 2}, PixelRect{0, 0, 4, 2}},
+      {"a hole in the middle", {"      ", " #### ", " #..# ", " #### "}, {4, 3}, PixelRect{1, 1, 4, 3}},
+      {"a row more on both sides, by rounding",
+       {"....", "####", "####", "####", "...."},
+       {4, 1},
+       PixelRect{0, 2, 4, 1}},
+      {"a column less", {" ###.", " ###."}, {4, 2}, PixelRect{1, 0, 4, 2}},
+      {"a row less, and no room for it", {"####"}, {4, 2}, std::nullopt},
+      {"another size by now", {"########", "########"}, {4, 2}, std::nullopt},
+      {"nothing opaque", {"....", "...."}, {4, 2}, std::nullopt},
+      {"no size", {"#"}, {0, 1}, std::nullopt},
+  };
+  for (const auto& [reason, rows, size, expected] : cases) {
+    EXPECT_EQ(placeWithoutShadow(pictureOf(rows), size), expected) << reason;
+  }
+}
+
+TEST(KWinScreenshot, TakesPicturesWhoseFormatItKnowsAlone) {
+  const Table<KWinPicture, std::optional<std::size_t>> cases{
+      // format, width, height, bytes from row to row
+      {"a window's", {5, 481, 511, 1924}, 983'164},
+      {"a workspace's", {6, 1280, 800, 5120}, 4'096'000},
+      {"without alpha", {4, 1, 1, 4}, 4},
+      {"red first", {16, 481, 511, 1924}, std::nullopt},
+      {"gaps between rows", {5, 481, 511, 2048}, std::nullopt},
+      {"larger than any", {5, 1U << 30U, 1, 0}, std::nullopt},
+      {"nothing told", {}, std::nullopt},
+  };
+  for (const auto& [reason, picture, expected] : cases) EXPECT_EQ(byteCountOf(picture), expected) << reason;
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/linux/wayland/plasma_windows.h"
+
 namespace tavik::platform {
 namespace {
 
@@ -13,14 +15,26 @@ std::vector<atspi::DesktopWindow> nativeWindowsOf(wayland::WlConnection& connect
   for (const auto& window : desktop().windows) {
     if (window.processID != processID || window.isX11) continue;
     const auto place = wayland::pixelsOf(window, outputs);
+    const auto* const output = wayland::outputOf(window, outputs);
     windows.push_back({.title = window.title,
                        .isActive = window.isFocused,
                        .isNative = true,
                        .client = place,
                        .contents = place,
-                       .visible = place});
+                       .visible = place,
+                       .scaleOfDecorated = window.uuid.empty() || !output ? 0 : wayland::scaleOf(*output)});
   }
   return windows;
+}
+
+/// KWin's pictures of X11 windows are in an output's pixels, and what the X server knows is in KWin's units.
+void countPixels(std::vector<atspi::DesktopWindow>& windows, wayland::WlConnection& connection) {
+  const auto outputs = wayland::outputs(connection);
+  for (auto& window : windows) {
+    for (Rect* const rect : {&window.client, &window.contents, &window.visible}) {
+      *rect = wayland::pixelsOf({.contents = *rect}, outputs);
+    }
+  }
 }
 
 }  // namespace
@@ -29,9 +43,9 @@ atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>&
                                    wayland::NativeDesktopSource desktop, const atspi::WindowSystem& x11) {
   const auto windowsOfProcess = [connection, desktop = std::move(desktop),
                                  ofX11 = x11.windowsOfProcess](std::int32_t processID) {
-    auto windows = nativeWindowsOf(*connection, desktop, processID);
-    auto more = ofX11(processID);
-    windows.insert(windows.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+    auto windows = ofX11(processID);
+    if (windows.empty()) return nativeWindowsOf(*connection, desktop, processID);
+    if (connection->isReachable() && wayland::isKWin(*connection)) countPixels(windows, *connection);
     return windows;
   };
   return {.windowsOfProcess = windowsOfProcess, .accessibilityBusAddress = x11.accessibilityBusAddress};

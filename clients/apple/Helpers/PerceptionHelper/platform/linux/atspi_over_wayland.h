@@ -8,7 +8,8 @@
 
 namespace tavik::platform {
 
-/// The windows that speak Wayland, for accessibility, and then those of `x11`, which also says where the bus is.
+/// The windows of a process for accessibility: those that the X server knows, else those that speak Wayland. `x11` also
+/// says where the bus is.
 atspi::WindowSystem windowSystemOf(const std::shared_ptr<wayland::WlConnection>& connection,
                                    wayland::NativeDesktopSource desktop, const atspi::WindowSystem& x11);
 

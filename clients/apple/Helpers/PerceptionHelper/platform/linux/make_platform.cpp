@@ -13,6 +13,7 @@
 #include "platform/linux/linux_host.h"
 #include "platform/linux/merged_desktop.h"
 #include "platform/linux/wayland/native_window.h"
+#include "platform/linux/wayland/plasma_windows.h"
 #include "platform/linux/wayland/wl_connection.h"
 #include "platform/linux/wayland/wl_screen_capture.h"
 #include "platform/linux/wayland/wl_workspace.h"
@@ -51,6 +52,7 @@ Contribution contributionOfWayland() {
                                                  .accessibilityBusAddress = x11.windowSystem.accessibilityBusAddress});
   const auto desktop = [connection, otherwise] { return wayland::nativeDesktop(*connection, otherwise); };
   const auto isReachable = [connection] { return connection->isReachable(); };
+  const auto isKWin = [connection] { return connection->isReachable() && wayland::isKWin(*connection); };
   const auto isNative = [](const Window& window) { return (window.windowID & wayland::kNativeWindowBit) != 0; };
   return {.workspace = mergedWorkspace({.hasNative = isReachable,
                                         .native = wayland::makeWorkspace(connection, desktop, catalog),
@@ -58,7 +60,7 @@ Contribution contributionOfWayland() {
           .screenCapture = mergedScreenCapture({.hasNative = isReachable,
                                                 .native = wayland::makeScreenCapture(connection, desktop, catalog),
                                                 .x11 = std::move(x11.screenCapture)},
-                                               isNative),
+                                               isNative, isKWin),
           .windowSystem = windowSystemOf(connection, desktop, x11.windowSystem)};
 }
 

@@ -1,6 +1,8 @@
 #include "platform/linux/merged_desktop.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <utility>
 
 #include "platform/linux/applications/process_identity.h"
@@ -12,6 +14,20 @@ namespace {
 bool contains(const std::vector<RunningApplicationRef>& applications, const RunningApplicationRef& application) {
   return std::ranges::any_of(applications, [&application](const auto& other) {
     return other->processIdentifier() == application->processIdentifier();
+  });
+}
+
+std::int32_t processOf(const Window& window) {
+  return window.owningApplication ? window.owningApplication->processID : 0;
+}
+
+/// Adds the windows of processes without a native one: a compositor may know an X server's windows as well as its own.
+void addNew(std::vector<Window>& windows, const std::vector<Window>& ofX11) {
+  std::set<std::int32_t> known;
+  for (const auto& window : windows) known.insert(processOf(window));
+  std::ranges::copy_if(ofX11, std::back_inserter(windows), [&known](const Window& window) {
+    const auto process = processOf(window);
+    return process == 0 || !known.contains(process);
   });
 }
 
@@ -98,12 +114,13 @@ class MergedWorkspace final : public Workspace {
 
 class MergedScreenCapture final : public ScreenCapture {
  public:
-  MergedScreenCapture(NativeAndX11<ScreenCapture> sources, std::function<bool(const Window&)> isNative)
-      : sources_(std::move(sources)), isNative_(std::move(isNative)) {}
+  MergedScreenCapture(NativeAndX11<ScreenCapture> sources, std::function<bool(const Window&)> isNative,
+                      std::function<bool()> isNativeAlone)
+      : sources_(std::move(sources)), isNative_(std::move(isNative)), isNativeAlone_(std::move(isNativeAlone)) {}
 
   bool preflightScreenCaptureAccess() override {
     return (sources_.hasNative() && sources_.native->preflightScreenCaptureAccess()) ||
-           sources_.x11->preflightScreenCaptureAccess();
+           (!isNativeAlone_() && sources_.x11->preflightScreenCaptureAccess());
   }
 
   void getShareableContent(const ShareableContentOptions& options,
@@ -115,7 +132,7 @@ class MergedScreenCapture final : public ScreenCapture {
           if (content == nullptr) return completionHandler(std::move(native));
           sources_.x11->getShareableContent(options, [content, &completionHandler](const auto& x11) {
             if (const auto* const more = std::get_if<ShareableContent>(&x11)) {
-              content->windows.insert(content->windows.end(), more->windows.begin(), more->windows.end());
+              addNew(content->windows, more->windows);
             }
             completionHandler(std::move(*content));
           });
@@ -132,6 +149,7 @@ class MergedScreenCapture final : public ScreenCapture {
  private:
   NativeAndX11<ScreenCapture> sources_;
   std::function<bool(const Window&)> isNative_;
+  std::function<bool()> isNativeAlone_;
 };
 
 }  // namespace
@@ -141,8 +159,9 @@ std::unique_ptr<Workspace> mergedWorkspace(NativeAndX11<Workspace> sources) {
 }
 
 std::unique_ptr<ScreenCapture> mergedScreenCapture(NativeAndX11<ScreenCapture> sources,
-                                                   std::function<bool(const Window&)> isNative) {
-  return std::make_unique<MergedScreenCapture>(std::move(sources), std::move(isNative));
+                                                   std::function<bool(const Window&)> isNative,
+                                                   std::function<bool()> isNativeAlone) {
+  return std::make_unique<MergedScreenCapture>(std::move(sources), std::move(isNative), std::move(isNativeAlone));
 }
 
 }  // namespace tavik::platform

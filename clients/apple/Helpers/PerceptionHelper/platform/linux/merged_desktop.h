@@ -21,8 +21,10 @@ struct NativeAndX11 {
 /// What is in front, and the screens, are as the native source says: an X server knows no more than its own windows.
 std::unique_ptr<Workspace> mergedWorkspace(NativeAndX11<Workspace> sources);
 
-/// Windows come from whom they belong to, told apart by `isNative`; the displays are the native source's.
+/// Windows come from whom they belong to, told apart by `isNative`; the displays are the native source's. Where
+/// `isNativeAlone`, the X server has no pictures, and the native source decides whether one may be taken.
 std::unique_ptr<ScreenCapture> mergedScreenCapture(NativeAndX11<ScreenCapture> sources,
-                                                   std::function<bool(const Window&)> isNative);
+                                                   std::function<bool(const Window&)> isNative,
+                                                   std::function<bool()> isNativeAlone);
 
 }  // namespace tavik::platform

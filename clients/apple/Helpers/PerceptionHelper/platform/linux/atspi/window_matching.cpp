@@ -104,18 +104,33 @@ Placement placementOf(const Extents& extents, const DesktopWindow& window, const
           .scale = scale};
 }
 
+/// The window with a client of the size that is claimed, where only the outside of it was known.
+DesktopWindow withClient(DesktopWindow window, const WindowClaim& claim) {
+  constexpr double kTallestTitleBar = 100;  // in units
+  const double scale = window.scaleOfDecorated;
+  if (scale <= 0 || !claim.extents || !isSomewhere(*claim.extents)) return window;
+  const auto& outer = window.visible;
+  const double width = std::round(claim.extents->width * scale), height = std::round(claim.extents->height * scale);
+  const double border = std::round((outer.width - width) / 2), top = outer.height - height - border;
+  if (border < 0 || border > kBorders * scale || top < border || top > kTallestTitleBar * scale) return window;
+  window.client = {.x = outer.x + border, .y = outer.y + top, .width = width, .height = height};
+  window.contents = window.client;
+  return window;
+}
+
 PlacedWindow placeWindow(const WindowClaim& claim, std::span<const DesktopWindow> candidates,
                          const ToolkitUnits& units) {
-  const auto rank = [&](const DesktopWindow& window) { return likeness(claim, window, units); };
-  const auto window = std::ranges::max_element(candidates, {}, rank);
-  if (window == candidates.end() || rank(*window) == 0 || !hasPlace(*window)) return {};
+  const auto rank = [&](const DesktopWindow& window) { return likeness(claim, withClient(window, claim), units); };
+  const auto found = std::ranges::max_element(candidates, {}, rank);
+  if (found == candidates.end() || rank(*found) == 0 || !hasPlace(*found)) return {};
+  const auto window = withClient(*found, claim);
   // Whoever says nothing of its size is known by its title alone.
-  if (!claim.extents || !isSomewhere(*claim.extents)) return {.visible = window->visible};
-  const auto unitsHere = unitsIn(*window, units);
-  const auto fit = fitOf(claim, *window, unitsHere);
+  if (!claim.extents || !isSomewhere(*claim.extents)) return {.visible = window.visible};
+  const auto unitsHere = unitsIn(window, units);
+  const auto fit = fitOf(claim, window, unitsHere);
   // A client that draws a shadow counts it, and nobody says how wide it is.
-  if (!fit) return window->isNative ? PlacedWindow{.visible = window->visible} : PlacedWindow{};
-  return {.visible = window->visible, .placement = placementOf(*claim.extents, *window, *fit, unitsHere)};
+  if (!fit) return window.isNative ? PlacedWindow{.visible = window.visible} : PlacedWindow{};
+  return {.visible = window.visible, .placement = placementOf(*claim.extents, window, *fit, unitsHere)};
 }
 
 }  // namespace

@@ -20,6 +20,9 @@ struct DesktopWindow {
   Rect client = {};        ///< what the application draws
   Rect contents = {};      ///< of that, what is no shadow
   Rect visible = {};       ///< what a picture of the window shows: with decorations, without a shadow
+  /// Pixels to a unit of the window's, where only `visible` is known, and of the decorations that they are a title bar
+  /// and equal borders on the other sides; 0 elsewhere.
+  double scaleOfDecorated = 0;
 };
 
 struct WindowSystem {

@@ -39,19 +39,20 @@ std::string localAddresses(std::string_view addressList) {
   return local;
 }
 
-Bus openBus(std::string_view addressList, Deadline deadline) {
+Bus openBus(std::string_view addressList, Deadline deadline, Descriptors descriptors) {
   const std::string addresses = localAddresses(addressList);
   sd_bus* created = nullptr;
   if (addresses.empty() || !sdBus() || sdBus()->sd_bus_new(&created) < 0) return nullptr;
   OwnedBus bus(created);
   const bool begun = sdBus()->sd_bus_set_address(created, addresses.c_str()) >= 0 &&
                      sdBus()->sd_bus_set_bus_client(created, 1) >= 0 &&
-                     sdBus()->sd_bus_negotiate_fds(created, 0) >= 0 && sdBus()->sd_bus_start(created) >= 0;
+                     sdBus()->sd_bus_negotiate_fds(created, descriptors == Descriptors::sent ? 1 : 0) >= 0 &&
+                     sdBus()->sd_bus_start(created) >= 0;
   return begun ? readyBus(std::move(bus), deadline) : nullptr;
 }
 
-Bus openSessionBus(Deadline deadline) {
-  if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS")) return openBus(address, deadline);
+Bus openSessionBus(Deadline deadline, Descriptors descriptors) {
+  if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS")) return openBus(address, deadline, descriptors);
   sd_bus* created = nullptr;
   if (!sdBus() || sdBus()->sd_bus_open_user(&created) < 0) return nullptr;
   return readyBus(OwnedBus(created), deadline);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,11 +21,14 @@ using Deadline = std::chrono::steady_clock::time_point;
 /// ask a name server.
 std::string localAddresses(std::string_view addressList);
 
+/// Whether messages over the connection may carry file descriptors. It accepts none otherwise.
+enum class Descriptors : std::uint8_t { none, sent };
+
 /// Connects to the first local address that works. Null when that is none, or not by the deadline.
-Bus openBus(std::string_view addressList, Deadline deadline);
+Bus openBus(std::string_view addressList, Deadline deadline, Descriptors descriptors = Descriptors::none);
 
 /// The same for the session bus of this process's environment.
-Bus openSessionBus(Deadline deadline);
+Bus openSessionBus(Deadline deadline, Descriptors descriptors = Descriptors::none);
 
 /// Handles one message that has arrived, or waits for one, at most this long. False when the connection is lost.
 bool processBus(sd_bus* bus, std::chrono::microseconds patience);

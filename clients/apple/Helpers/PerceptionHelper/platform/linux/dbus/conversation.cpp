@@ -75,7 +75,9 @@ int Conversation::onReply(sd_bus_message* reply, void* userdata, sd_bus_error*) 
   answered.splice(answered.begin(), self.inFlight_, call.position);
   self.patience_.noteAnswer();
   if (sdBus()->sd_bus_message_is_method_error(reply, nullptr) > 0) {
-    call.handler({.reply = nullptr, .isUnsupported = isUnsupported(reply)});
+    call.handler({.reply = nullptr,
+                  .isUnsupported = isUnsupported(reply),
+                  .error = sdBus()->sd_bus_message_get_error(reply)->name});
   } else {
     call.handler({.reply = reply});
   }

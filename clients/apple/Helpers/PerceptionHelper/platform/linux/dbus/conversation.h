@@ -6,6 +6,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <systemd/sd-bus.h>
@@ -27,6 +28,7 @@ struct Reference {
 struct Answer {
   sd_bus_message* reply = nullptr;  ///< null when the call failed; borrowed for the duration of the handler
   bool isUnsupported = false;       ///< it failed because the object has no such property
+  std::string_view error = {};      ///< the name of the error that the other side told; as long as the reply
 };
 
 /// Calls to other processes, many in flight at once, which never wait longer than the patience allows. A process that

@@ -12,6 +12,7 @@
   DO(sd_bus_message_append)          \
   DO(sd_bus_message_enter_container) \
   DO(sd_bus_message_exit_container)  \
+  DO(sd_bus_message_get_error)       \
   DO(sd_bus_message_is_method_error) \
   DO(sd_bus_message_new_method_call) \
   DO(sd_bus_message_read)            \

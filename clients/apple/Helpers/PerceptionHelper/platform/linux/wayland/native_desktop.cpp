@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/linux/wayland/plasma_windows.h"
 #include "platform/linux/wayland/sway_ipc.h"
 #include "platform/linux/wayland/sway_tree.h"
 
@@ -20,6 +21,7 @@ double commonArea(const Rect& left, const Rect& right) {
 
 std::optional<std::vector<NativeWindow>> nativeWindows(WlConnection& connection) {
   if (!connection.isReachable()) return std::nullopt;
+  if (auto windows = plasmaWindows(connection)) return windows;
   const auto tree = askSway(SwayQuestion::tree);
   return tree ? windowsOfSwayTree(*tree) : std::nullopt;
 }

@@ -23,7 +23,7 @@ using NativeDesktopSource = std::function<NativeDesktop()>;
 /// The windows as the compositor tells them, with the focus, else what `otherwise` knows.
 NativeDesktop nativeDesktop(WlConnection& connection, const NativeDesktopSource& otherwise);
 
-/// The compositor's windows, as whoever of its interfaces tells them: at present sway's own. Nothing when it tells
+/// The compositor's windows, as whoever of its interfaces tells them: KWin's, or sway's own. Nothing when it tells
 /// nobody, and so not either which of them has the focus.
 std::optional<std::vector<NativeWindow>> nativeWindows(WlConnection& connection);
 

@@ -14,7 +14,9 @@ applications::ApplicationIdentity identityOf(std::int32_t processID, std::span<c
     if (window.isX11) {
       names.push_back({.instanceName = window.instanceName, .className = window.className});
     } else {
-      names.push_back({.gtkApplicationID = window.appID, .instanceName = window.appID, .className = window.appID});
+      names.push_back({.gtkApplicationID = window.appID,
+                       .instanceName = window.instanceName.empty() ? window.appID : window.instanceName,
+                       .className = window.appID});
     }
   }
   return applications::identityOfProcess(processID, names, catalog);

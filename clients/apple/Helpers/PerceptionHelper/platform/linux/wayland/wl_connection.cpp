@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include "platform/linux/wayland/identifiable_process.h"
 #include "platform/posix/run_time.h"
 
 namespace tavik::platform::wayland {
@@ -42,6 +43,7 @@ bool WlConnection::isReachable() {
     triedToConnect_ = true;
     if (wlClient() == nullptr) return false;
     wlClient()->wl_log_set_handler_client(&keepQuiet);
+    const IdentifiableProcess whileGlobalsAreAnnounced;
     display_.reset(wlClient()->wl_display_connect(nullptr));
     if (display_) {
       registry_.reset(wl_display_get_registry(display_.get()));

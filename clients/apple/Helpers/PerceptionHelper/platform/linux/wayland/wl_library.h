@@ -39,6 +39,8 @@ inline const WlClient* wlClient() { return posix::loaded<WlClient>(); }
 #define wl_proxy_get_version tavik::platform::wayland::wlClient()->wl_proxy_get_version
 #define wl_proxy_marshal_flags tavik::platform::wayland::wlClient()->wl_proxy_marshal_flags
 
+#include <plasma-virtual-desktop.h>
+#include <plasma-window-management.h>
 #include <wayland.h>
 #include <wlr-foreign-toplevel-management-unstable-v1.h>
 #include <wlr-screencopy-unstable-v1.h>

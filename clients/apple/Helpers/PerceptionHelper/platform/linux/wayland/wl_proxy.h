@@ -8,6 +8,12 @@ namespace tavik::platform::wayland {
 
 /// Ends an object of the protocol, on both sides.
 struct DestroyObject {
+  void operator()(org_kde_plasma_virtual_desktop* object) const { org_kde_plasma_virtual_desktop_destroy(object); }
+  void operator()(org_kde_plasma_virtual_desktop_management* object) const {
+    org_kde_plasma_virtual_desktop_management_destroy(object);
+  }
+  void operator()(org_kde_plasma_window* object) const { org_kde_plasma_window_destroy(object); }
+  void operator()(org_kde_plasma_window_management* object) const { org_kde_plasma_window_management_destroy(object); }
   void operator()(wl_buffer* object) const { wl_buffer_destroy(object); }
   void operator()(wl_callback* object) const { wl_callback_destroy(object); }
   void operator()(wl_output* object) const { wl_output_destroy(object); }

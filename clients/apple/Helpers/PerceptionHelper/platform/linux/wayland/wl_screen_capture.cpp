@@ -8,6 +8,7 @@
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/display_region.h"
+#include "platform/linux/wayland/kwin_screenshot.h"
 #include "platform/linux/wayland/native_identity.h"
 #include "platform/linux/wayland/screencopy.h"
 #include "platform/posix/run_time.h"
@@ -47,7 +48,9 @@ class WlScreenCapture final : public ScreenCapture {
   WlScreenCapture(std::shared_ptr<WlConnection> connection, NativeDesktopSource desktop, Catalog catalog)
       : connection_(std::move(connection)), desktop_(std::move(desktop)), catalog_(std::move(catalog)) {}
 
-  bool preflightScreenCaptureAccess() override { return connection_->isReachable() && hasScreencopy(*connection_); }
+  bool preflightScreenCaptureAccess() override {
+    return connection_->isReachable() && (hasScreencopy(*connection_) || kwin_.isAllowed());
+  }
 
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> completionHandler) override {
@@ -87,7 +90,7 @@ class WlScreenCapture final : public ScreenCapture {
     const auto all = outputs(*connection_);
     const auto output = std::ranges::find(all, display.displayID, &Output::global);
     if (output == all.end() || !desktop_().isFocusCertain) return std::nullopt;
-    auto picture = copyOutput(*connection_, *output);
+    auto picture = hasScreencopy(*connection_) ? copyOutput(*connection_, *output) : kwin_.ofOutput(output->name);
     if (!picture || !desktop_().isFocusCertain) return std::nullopt;
     if (!sourceRect) return picture;
     const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
@@ -98,6 +101,13 @@ class WlScreenCapture final : public ScreenCapture {
                : imaging::onBlack({{.bitmap = part, .x = region->x, .y = region->y}}, region->size);
   }
 
+  /// The listed window as it is now.
+  std::optional<NativeWindow> windowLike(const Window& listed) {
+    const auto windows = desktop_().windows;
+    const auto window = std::ranges::find(windows, listed.windowID & ~kNativeWindowBit, &NativeWindow::id);
+    return window != windows.end() ? std::optional(*window) : std::nullopt;
+  }
+
   /// Where the window is wholly on an output with nothing over it: that output, and the place on it.
   struct Place {
     const Output* output = nullptr;
@@ -105,9 +115,8 @@ class WlScreenCapture final : public ScreenCapture {
     bool operator==(const Place&) const = default;
   };
   std::optional<Place> placeOf(const Window& listed, const std::vector<Output>& all) {
-    const auto windows = desktop_().windows;
-    const auto window = std::ranges::find(windows, listed.windowID & ~kNativeWindowBit, &NativeWindow::id);
-    if (window == windows.end() || window->isCovered || window->isMinimized) return std::nullopt;
+    const auto window = windowLike(listed);
+    if (!window || window->isCovered || window->isMinimized) return std::nullopt;
     const auto* const output = outputOf(*window, all);
     if (output == nullptr) return std::nullopt;
     const auto rect = toPixelRect(onOutput(window->contents, *output));
@@ -116,8 +125,18 @@ class WlScreenCapture final : public ScreenCapture {
     return isWhole && hasItsSize ? std::optional(Place{.output = output, .rect = rect}) : std::nullopt;
   }
 
+  /// Nothing when the window has another size by now.
+  std::optional<Bitmap> captureByKWin(const NativeWindow& window, const Window& listed) {
+    if (window.isMinimized || window.isOnOtherWorkspace) return std::nullopt;
+    const auto picture = kwin_.ofWindow(window.uuid);
+    const auto frame = toPixelRect(listed.frame);
+    const auto place = picture ? placeWithoutShadow(*picture, {frame.width, frame.height}) : std::nullopt;
+    return place ? std::optional(imaging::partOf(*picture, *place)) : std::nullopt;
+  }
+
   /// Tries again, for a while, when the window has moved meanwhile.
   std::optional<Bitmap> captureWindow(const Window& listed) {
+    if (const auto window = windowLike(listed); window && !window->uuid.empty()) return captureByKWin(*window, listed);
     constexpr std::chrono::milliseconds kPatience{500};
     const auto end = std::chrono::steady_clock::now() + posix::withinRunTime(kPatience);
     const auto all = outputs(*connection_);
@@ -133,6 +152,7 @@ class WlScreenCapture final : public ScreenCapture {
   std::shared_ptr<WlConnection> connection_;
   NativeDesktopSource desktop_;
   Catalog catalog_;
+  KWinScreenshot kwin_;
 };
 
 }  // namespace
