@@ -348,7 +348,8 @@ TEST(AccessibilityBus, IsTheRootWindowsOnlyForWantOfAnother) {
   const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   sockaddr_un place{.sun_family = AF_UNIX, .sun_path = {}};
   socklen_t size = sizeof place;
-  ::bind(listening, reinterpret_cast<sockaddr*>(&place), sizeof place.sun_family);  // to a name that nobody has
+  // To a name that nobody has.
+  ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&place), sizeof place.sun_family), 0);
   ::getsockname(listening, reinterpret_cast<sockaddr*>(&place), &size);
   ::listen(listening, 1);
   ::setenv("AT_SPI_BUS_ADDRESS", ("unix:abstract=" + std::string(place.sun_path + 1)).c_str(), 1);

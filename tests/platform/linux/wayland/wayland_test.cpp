@@ -25,7 +25,7 @@ std::string box(const char* key, int x, int y, int width, int height) {
 
 /// A window of sway's tree with a title bar of 25 pixels and borders of 2; `more` begins with a comma.
 std::string view(int id, int x, int y, int width, int height, const std::string& more = R"(,"visible":true)") {
-  return "{\"id\":" + std::to_string(id) + ",\"pid\":" + std::to_string(100 + id) + ",\"name\":\"w\"," +
+  return "{\"id\":" + std::to_string(id) + ",\"pid\":" + std::to_string(100 + id) + R"(,"name":"w",)" +
          box("rect", x, y + 25, width, height - 25) + "," + box("window_rect", 2, 0, width - 4, height - 27) + "," +
          box("deco_rect", x, y, width, 25) + more + "}";
 }
