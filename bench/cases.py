@@ -90,7 +90,7 @@ CASES = (
         {"app_bundle_id": "galculator", "level": "glance"},
         "grim, then pyatspi",
         shell(f"grim -t jpeg - | cat; {WALK} galculator"),
-        (times_as_fast(2),),
+        (times_as_fast(3),),
     ),
     Case(
         "sway",

@@ -13,8 +13,9 @@ namespace tavik::platform::applications {
 
 namespace {
 
-/// The words of the value of an Exec key, which may be quoted, and in which characters may be escaped (Desktop Entry
-/// Specification, "The Exec key"; as launchers have it, in single quotes as well). None when a quote is not closed.
+/// The words of the value of an Exec key, which may be quoted, and in which characters may be escaped
+/// (Desktop Entry Specification, "The Exec key"; as launchers have it, in single quotes as well). None when a quote is
+/// not closed.
 std::vector<std::string> wordsOf(std::string_view commandLine) {
   std::vector<std::string> words;
   bool isInWord = false;
