@@ -3,7 +3,6 @@
 Runs once for each manager, which TAVIK_WINDOW_MANAGER names. The window is an xterm; a calculator covers it.
 """
 
-import ctypes
 import os
 import re
 import shlex
@@ -12,6 +11,7 @@ import unittest
 
 from perception import PIXELS, code, picture
 from witnesses import Window, corner, differing_pixels, frame_of, output_of, screenshot, size_and_type, tool, wait_for
+from x_client import XClient
 
 MANAGER = os.environ["TAVIK_WINDOW_MANAGER"]
 REQUEST = {"app_bundle_id": "debian-xterm"} | PIXELS
@@ -108,15 +108,8 @@ class UnmanagedTest(unittest.TestCase):
         self.addCleanup(window.wait)
         self.addCleanup(window.kill)
         wait_for(lambda: code(REQUEST) == "ok", "the window does not come up")
-        x11 = ctypes.CDLL("libX11.so.6")
-        x11.XOpenDisplay.restype, x11.XDefaultRootWindow.restype = ctypes.c_void_p, ctypes.c_ulong
-        x11.XCreateSimpleWindow.restype = x11.XInternAtom.restype = ctypes.c_ulong
-        display = ctypes.c_void_p(x11.XOpenDisplay(None))
-        root = x11.XDefaultRootWindow(display)
-        check = ctypes.c_ulong(x11.XCreateSimpleWindow(display, ctypes.c_ulong(root), 0, 0, 1, 1, 0, 0, 0))
-        name, window_type = x11.XInternAtom(display, b"_NET_SUPPORTING_WM_CHECK", 0), 33  # XA_WINDOW
-        for holder in (root, check.value):
-            ids = [ctypes.c_ulong(number) for number in (holder, name, window_type)]
-            x11.XChangeProperty(display, *ids, 32, 0, ctypes.byref(check), 1)
-        x11.XSync(display, 0)
+        client = self.enterContext(XClient())
+        check = client.create_window(1, 1)
+        for holder in (client.root, check):
+            client.set_windows(holder, "_NET_SUPPORTING_WM_CHECK", [check])
         self.assertEqual(code(REQUEST), "ok")

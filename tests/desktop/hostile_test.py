@@ -9,7 +9,8 @@ from pathlib import Path
 
 import made_window
 from perception import PIXELS, TREE, ask, capture, code, image_bytes, picture
-from witnesses import Window, differing_pixels, nodes, output_of, processes, tool
+from witnesses import Window, differing_pixels, frame_of, nodes, output_of, processes, tool
+from x_client import XClient
 
 
 def request(kind: str, wanted: dict | None = None) -> dict:
@@ -83,6 +84,35 @@ class HostileTest(unittest.TestCase):
             covered = picture(request("popup", PIXELS))
             tool("xdotool", "windowunmap", "--sync", popup)
             self.assertEqual(differing_pixels(covered, window.screenshot()), "0")
+
+    def test_windows_that_are_gone(self) -> None:
+        """A list of them, longer than any that a window manager leaves behind."""
+        with XClient() as client:
+            window = client.create_window(1, 1)
+            listed = client.windows("_NET_CLIENT_LIST")
+            client.set_windows(client.root, "_NET_CLIENT_LIST", [*range(window + 1, window + 4001), *listed])
+            try:
+                for wanted in (request("glass", TREE), {"target": "focused_element"}):
+                    self.assertTrue(capture(wanted)["ax_tree"])
+            finally:
+                client.set_windows(client.root, "_NET_CLIENT_LIST", listed)
+
+    def test_windows_of_thousands_of_parts(self) -> None:
+        """One, and below another."""
+        window = Window("made-name")
+        tool("xdotool", "windowsize", "--sync", window.client, "700", "600")
+        window.activate()
+        frame = int(frame_of(window.client), 16)
+        with XClient() as client:
+            client.leave_dots(frame, 350, 200)
+            try:
+                self.assertEqual(code(request("name", PIXELS)), "ok")
+                over = client.create_window(1000, 800)
+                client.leave_dots(over, 100, 50)
+                client.show_over_all(over)
+                self.assertIn(code(request("name", PIXELS)), ("ok", "capture_failed"))
+            finally:
+                client.make_whole(frame)
 
     def test_translucent_colour_is_itself(self) -> None:
         """Orange at half opacity is held as (128, 64, 0, 128), and is orange again in the picture."""

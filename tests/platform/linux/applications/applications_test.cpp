@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -21,6 +22,7 @@
 #include "platform/linux/applications/read_in_child.h"
 #include "platform/posix/file_descriptor.h"
 #include "table.h"
+#include "text/caseless_equal.h"
 
 namespace tavik::platform::applications {
 namespace {
@@ -179,6 +181,21 @@ TEST_F(DesktopEntryCatalogTest, IdentifiesAnApplicationByTheBestEvidence) {
   }
 }
 
+TEST_F(DesktopEntryCatalogTest, FoldsALongClassOnceForAllEntries) {
+  constexpr int kEntries = 200;
+  for (int i = 0; i < kEntries; ++i) add("system/" + std::to_string(i) + ".desktop", "StartupWMClass=Viewer\n");
+  const auto timeOf = [](const auto& work) {
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::steady_clock::now() - begin;
+  };
+  identify({}, entries);  // reads them
+  const std::string name(50'000, 'V');
+  const auto folding = timeOf([&] { EXPECT_TRUE(text::caselessKey(name)); });
+  const auto all = timeOf([&] { EXPECT_EQ(identify({.className = name}, entries).bundleIdentifiers.size(), 1U); });
+  EXPECT_LT(all, folding * (kEntries / 10));
+}
+
 TEST(Interpreter, RunsWhatItsCommandLineNames) {
   const std::pair<std::vector<std::string>, std::string> cases[] = {
       {{"python3.11", "-I", "-W", "ignore", "/usr/bin/electrum", "-v"}, "electrum"},
@@ -276,6 +293,17 @@ void stop(int descriptor) {
   if (::read(descriptor, &byte, 1) == 1) ::raise(SIGSTOP);
 }
 
+/// The same, with more open files than anybody looks through to know that it does.
+void listenAmongMany(int descriptor) {
+  constexpr int kMany = 1500;
+  const rlimit room{.rlim_cur = kMany + 100, .rlim_max = kMany + 100};
+  if (::setrlimit(RLIMIT_NOFILE, &room) != 0) ::_exit(1);
+  for (int copy = 0; copy < kMany; ++copy) {
+    if (::dup(descriptor) < 0) ::_exit(1);
+  }
+  listen(descriptor);
+}
+
 void compute(int) {
   volatile unsigned int steps = 0;
   while (true) steps = steps + 1;
@@ -311,6 +339,7 @@ TEST(ProcessActivity, OnlyAProcessThatHasReadEverythingIsIdle) {
            {"it is busy", &compute},
            {"one thread listens, another hangs", [](int from) { std::thread(listen, from).detach(), ::pause(); }},
            {"it is stopped", &stop},
+           {"it has too many open files to tell", &listenAmongMany},
        }) {
     EXPECT_FALSE(becomesIdle(behaviour, 200ms)) << reason;
   }
