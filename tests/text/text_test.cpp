@@ -1,4 +1,5 @@
 #include <array>
+#include <chrono>
 #include <fstream>
 #include <numeric>
 #include <sstream>
@@ -114,6 +115,15 @@ TEST(CaselessEqual, TakesNoQuadraticTimeOnLongRunsOfMarks) {
   std::string marks;
   for (int i = 0; i < 100'000; ++i) marks += "\u0301\u0327";
   EXPECT_FALSE(caselessEqual("a" + marks, "b" + marks));
+}
+
+TEST(CaselessEqual, FoldsNoTextThatIsFarTooLong) {
+  const std::string text(1'000'000, 'A');
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(caselessKey(text));
+  const auto once = std::chrono::steady_clock::now() - begin;
+  for (int names = 0; names < 100; ++names) EXPECT_FALSE(caselessEqual(text, "Calculator"));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, once * 10);
 }
 
 }  // namespace
