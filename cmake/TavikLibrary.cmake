@@ -13,7 +13,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
 endif()
 
 # tavik_library(NAME HEADERS ... SOURCES ... PUBLIC ... PRIVATE ...): the library of one folder. HEADERS and SOURCES are file
-# names in that folder; PUBLIC and PRIVATE are what it links. Includes are written from the program's folder.
+# names in that folder; PUBLIC and PRIVATE are what it links. Includes are written from TAVIK_INCLUDE_DIR.
 function(tavik_library name)
   cmake_parse_arguments(ARG "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
   if(ARG_SOURCES)
@@ -30,7 +30,7 @@ function(tavik_library name)
     set(visibility PUBLIC)
   endif()
   list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-  target_sources(${name} ${visibility} FILE_SET HEADERS BASE_DIRS ${TAVIK_PROGRAM_DIR} FILES ${ARG_HEADERS})
+  target_sources(${name} ${visibility} FILE_SET HEADERS BASE_DIRS ${TAVIK_INCLUDE_DIR} FILES ${ARG_HEADERS})
 endfunction()
 
 # tavik_coroutines(NAME): for a library with coroutines. An old clang++ cannot write the object files in which this check of

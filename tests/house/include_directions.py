@@ -1,5 +1,5 @@
-"""Checks who includes whom in the program's folders, by the table in CONTRIBUTING.md, and that only the backends see the
-system's headers.
+"""Checks who includes whom in the program's folders and the tools', by the table in CONTRIBUTING.md, and that only the
+backends see the system's headers.
 
     include_directions.py PROJECT_FOLDER PROGRAM_FOLDER
 """
@@ -35,8 +35,8 @@ def faults_of(root: Path, file: Path) -> list[str]:
     source = file.read_text(encoding="utf-8")
     faults = []
     for kind, header in INCLUDE.findall(source):
-        if kind == '"' and not (root / header).is_file():
-            faults.append(f"{name}: {header} is not written from the program's folder")
+        if kind == '"' and not any((base / header).is_file() for base in BASES):
+            faults.append(f"{name}: {header} is not written from the program's folder, or that of the tools' folder")
         elif kind == '"' and header.rpartition("/")[0] not in [folder, *ours]:
             faults.append(f"{name}: must not include {header}")
         elif kind == "<" and not STANDARD.match(header) and not header.startswith(tuple(libraries)):
@@ -51,9 +51,12 @@ def faults_of(root: Path, file: Path) -> list[str]:
 
 
 MAY_INCLUDE = table_of(Path(sys.argv[1]) / "CONTRIBUTING.md")
-root = Path(sys.argv[2])
-files = sorted(path for path in root.rglob("*") if path.suffix in {".h", ".cpp", ".mm"})
-faults = [fault for file in files for fault in faults_of(root, file)]
+BASES = PROGRAM, CLIENTS = (Path(sys.argv[2]), Path(sys.argv[1]) / "clients")
+SOURCES = {PROGRAM: PROGRAM, CLIENTS: CLIENTS / "tools"}
+found = {base: sorted(path for path in folder.rglob("*") if path.suffix in {".h", ".cpp", ".mm"})
+         for base, folder in SOURCES.items()}
+faults = [fault for base, files in found.items() for file in files for fault in faults_of(base, file)]
+files = [file for files in found.values() for file in files]
 for place, (folder, (ours, _)) in enumerate(MAY_INCLUDE.items()):
     faults += [f"{folder}: {other} is not above it" for other in ours if other not in list(MAY_INCLUDE)[:place]]
 headers = Counter(file.name for file in files if file.suffix == ".h")
