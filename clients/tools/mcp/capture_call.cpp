@@ -125,7 +125,7 @@ std::variant<CaptureCall, std::string> captureCall(const json::object& arguments
   }
   if (const auto* const word = arguments.if_contains("places"); word != nullptr && !word->is_null()) {
     const auto places = placesOf(string(arguments, "places"));
-    if (!places) return "places: one of \"none\", \"centre\" and \"frame\" is expected";
+    if (!places) return R"(places: one of "none", "centre" and "frame" is expected)";
     call.places = *places;
   }
   call.request.erase("find");

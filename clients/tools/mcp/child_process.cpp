@@ -38,6 +38,7 @@ std::optional<Pipe> makePipe() {
 /// The strings as the null-terminated array that system calls take; it lives as long as they do.
 std::vector<char*> pointersTo(std::vector<std::string>& strings) {
   std::vector<char*> pointers;
+  pointers.reserve(strings.size() + 1);
   for (auto& string : strings) pointers.push_back(string.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -152,7 +153,8 @@ void ChildProcess::endStream() {
   timer_.cancel();
   boost::system::error_code ignored;
   input_.close(ignored);
-  done_({.output = std::move(output_.text), .errors = std::move(errors_.text)});
+  // What it holds may hold this process.
+  std::exchange(done_, nullptr)({.output = std::move(output_.text), .errors = std::move(errors_.text)});
 }
 
 void ChildProcess::kill() {

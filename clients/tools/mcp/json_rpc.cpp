@@ -16,7 +16,7 @@ BadMessage invalid(const json::value& id, std::string message) {
 
 bool isID(const json::value& value) { return value.is_string() || value.is_int64() || value.is_uint64(); }
 
-std::string line(json::object message) {
+std::string line(const json::object& message) {
   auto text = json::serialize(message);
   text += '\n';
   return text;
@@ -26,7 +26,7 @@ Message requestOf(const json::object& message, std::optional<json::value> id) {
   const auto known = id.value_or(json::value());
   const auto* const version = message.if_contains("jsonrpc");
   const auto* const method = message.if_contains("method");
-  if (version == nullptr || *version != "2.0") return invalid(known, "\"jsonrpc\" is not \"2.0\"");
+  if (version == nullptr || *version != "2.0") return invalid(known, R"("jsonrpc" is not "2.0")");
   if (!method->is_string()) return invalid(known, "the method is no string");
   RPCRequest request{.id = std::move(id), .method = std::string(method->get_string())};
   if (const auto* const params = message.if_contains("params")) {

@@ -93,8 +93,8 @@ std::string lineOf(const json::object& element, std::size_t depth, const TreeVie
   if (const auto title = string(element, "title"); !title.empty()) line.append(" ").append(quoted(title));
   if (const auto value = string(element, "value"); !value.empty()) line.append(" = ").append(quoted(value));
   for (const std::string_view key : {"description", "help"}) {
-    if (const auto text = string(element, key); !text.empty())
-      line.append(" ").append(key).append(" ").append(quoted(text));
+    const auto text = string(element, key);
+    if (!text.empty()) line.append(" ").append(key).append(" ").append(quoted(text));
   }
   line += placeOf(element, view);
   if (count >= kMostChildren) line.append(" (").append(std::to_string(count)).append(" children or more)");

@@ -26,6 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 namespace json = boost::json;
 using namespace std::chrono_literals;
+using namespace std::string_view_literals;
 
 json::object object(std::string_view text) { return json::parse(text).as_object(); }
 
@@ -121,8 +122,8 @@ TEST_F(ServerTest, EndsTheProgramOfACallThatIsCancelled) {
     sleeping.receive(std::string(R"({"jsonrpc":"2.0",)").append(start).append(std::to_string(id)).append(end));
   };
   constexpr int kCalls = 6;  // of which two wait
-  for (int id = 0; id < kCalls; ++id)
-    send(R"("id":)", id, R"(,"method":"tools/call","params":{"name":"explain_setup"}})");
+  constexpr std::string_view kCall = R"(,"method":"tools/call","params":{"name":"explain_setup"}})";
+  for (int id = 0; id < kCalls; ++id) send(R"("id":)", id, kCall);
   for (int id = 0; id < kCalls; ++id) send(R"("method":"notifications/cancelled","params":{"requestId":)", id, "}}");
   const auto begin = std::chrono::steady_clock::now();
   context.run();
@@ -214,8 +215,7 @@ TEST(Picture, IsMeasured) {
 
 TEST(SessionEnvironment, TakesADesktopsVariablesTogether) {
   const std::vector<std::string> wanted{"DISPLAY=:0", "XAUTHORITY=/a"};
-  EXPECT_EQ(desktopVariables(variablesOf(std::string_view("HOME=/h\0DISPLAY=:0\0\0XAUTHORITY=/a\0SHELL=", 41))),
-            wanted);
+  EXPECT_EQ(desktopVariables(variablesOf("HOME=/h\0DISPLAY=:0\0\0XAUTHORITY=/a\0SHELL="sv)), wanted);
   EXPECT_EQ(desktopVariables({"DISPLAY=", "XDG_RUNTIME_DIR=/run"}), std::vector<std::string>());
 }
 
