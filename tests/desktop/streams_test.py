@@ -39,6 +39,20 @@ class StreamsTest(unittest.TestCase):
         self.assertIn("libc", opened)
         self.assertLessEqual(opened, {"libc", "libm", "libgcc_s", "libstdc++", "libisal", "libresolv"})
 
+    def test_no_trace_is_left(self) -> None:
+        """No socket but to this machine's own desktop, no file opened for writing or changed, no program started."""
+        if not shutil.which("strace"):
+            self.skipTest("strace is not installed")
+        calls = "trace=socket,openat,open,creat,mkdir,mkdirat,unlink,unlinkat,rename,renameat2,link,symlink,chmod,execve"
+        for request in (b'{"app_name":"galculator","level":"read"}', SCREEN, b'{"target":"focused_element"}'):
+            done = run(request, {"ASAN_OPTIONS": "detect_leaks=0"}, ("strace", "-f", "-qq", "-e", calls, HELPER))
+            self.assertTrue(json.loads(done.stdout)["ok"])
+            for call in done.stderr.decode().splitlines()[1:]:  # the first starts the helper
+                with self.subTest(call):
+                    looks = r"socket\(AF_(UNIX|NETLINK)|open(at)?\(.*(O_RDONLY|O_PATH|/dev/null)|open.*= -1|---|\+\+\+"
+                    self.assertRegex(call, looks)
+                    self.assertNotRegex(call, "O_CREAT|O_TRUNC")
+
     def test_input(self) -> None:
         byte_by_byte = 'while IFS= read -r -n 1 c; do printf %s "$c"; sleep 0.005; done | "$0"'
         for reason, script, succeeds in (("closed", '"$0" <&-', False), ("slow", byte_by_byte, True)):
