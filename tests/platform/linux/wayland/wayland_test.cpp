@@ -1,15 +1,19 @@
 #include <algorithm>
+#include <chrono>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "fake_compositor.h"
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/linux/wayland/kwin_screenshot.h"
 #include "platform/linux/wayland/native_desktop.h"
 #include "platform/linux/wayland/outputs.h"
 #include "platform/linux/wayland/sway_tree.h"
+#include "platform/linux/wayland/wl_screen_capture.h"
 #include "table.h"
 
 namespace tavik::platform::wayland {
@@ -74,12 +78,13 @@ TEST(SwayTree, TellsWhatIsInViewAndWhatIsOverIt) {
 }
 
 TEST(SwayTree, TellsWhoseWindowItIs) {
-  const std::string native = R"(,"visible":true,"focused":true,"app_id":"org.a","shell":"xdg_shell")";
+  const std::string native =
+      R"(,"visible":true,"focused":true,"app_id":"org.a","shell":"xdg_shell","foreign_toplevel_identifier":"t")";
   const std::string x11 = R"(,"app_id":null,"shell":"xwayland","window_properties":{"class":"C","instance":"i"})";
   const auto windows = windowsOfSwayTree(treeWith(view(7, 0, 0, 9, 90, native), view(8, 0, 0, 9, 90, x11))).value();
   const auto first = std::ranges::find(windows, 7U, &NativeWindow::id),
              second = std::ranges::find(windows, 8U, &NativeWindow::id);
-  EXPECT_TRUE(first->appID == "org.a" && !first->isX11 && first->isFocused);
+  EXPECT_TRUE(first->appID == "org.a" && first->toplevelID == "t" && !first->isX11 && first->isFocused);
   EXPECT_TRUE(second->instanceName == "i" && second->className == "C" && second->isX11 && !second->isFocused);
 }
 
@@ -161,6 +166,115 @@ TEST(KWinScreenshot, TakesPicturesWhoseFormatItKnowsAlone) {
       {"nothing told", {}, std::nullopt},
   };
   for (const auto& [reason, picture, expected] : cases) EXPECT_EQ(byteCountOf(picture), expected) << reason;
+}
+
+constexpr std::uint32_t kARGB = 0, kXRGB = 1, kXBGR = 0x34324258, kRGB565 = 0x36314752;
+
+/// A picture of as many pixels as there are numbers, each of which has the three bytes from four times that number on.
+imaging::Bitmap countingPicture(PixelSize size, const std::vector<int>& pixels, int firstByte,
+                                bool isRedFirst = false) {
+  const auto bytes = imaging::blankPixels(size);
+  auto* next = bytes.get();
+  for (const int pixel : pixels) {
+    for (const int i : {isRedFirst ? 2 : 0, 1, isRedFirst ? 0 : 2, 3}) {
+      *next++ = static_cast<std::uint8_t>(firstByte + pixel * 4 + i);
+    }
+  }
+  return {.size = size, .rowBytes = static_cast<std::size_t>(size.width) * 4, .pixels = bytes};
+}
+
+/// The file of a picture; empty when there is none.
+std::vector<std::byte> fileOf(const ImageRef& image) {
+  return image ? image->encoded(ImageType::png, std::nullopt).value() : std::vector<std::byte>{};
+}
+
+ImageRef captured(ScreenCapture& capture, const ContentFilter& filter, const StreamConfiguration& configuration) {
+  ImageRef image;
+  capture.captureImage(filter, configuration, [&image](const auto& result) {
+    if (const auto* const found = std::get_if<ImageRef>(&result)) image = *found;
+  });
+  return image;
+}
+
+ShareableContent content(ScreenCapture& capture) {
+  ShareableContent listed;
+  capture.getShareableContent({}, [&listed](const auto& result) { listed = std::get<ShareableContent>(result); });
+  return listed;
+}
+
+TEST(ImageCopyCapture, CopiesTheOutput) {
+  using Constraints = CompositorScript::Constraints;
+  const std::vector<int> upright{0, 1, 2, 3, 4, 5};
+  const auto wide = countingPicture({3, 2}, upright, 0);
+  const Constraints wrong{.width = 2}, huge{.width = 0x4000'0001, .height = 0x4000'0001};
+  const Table<CompositorScript, std::optional<imaging::Bitmap>, int> cases{
+      // what is seen, and how many frames were asked for
+      {"as it is shown", {}, wide, 1},
+      {"red first, after a format that is not read",
+       {.constraints = {{.formats = {kRGB565, kXBGR, kXRGB}}}},
+       countingPicture({3, 2}, upright, 0, true),
+       1},
+      {"on its side", {.transform = 1}, countingPicture({2, 3}, {3, 0, 4, 1, 5, 2}, 0), 1},
+      {"mirrored, on its side", {.transform = 5}, countingPicture({2, 3}, {0, 3, 1, 4, 2, 5}, 0), 1},
+      {"another size than was told at first", {.constraints = {wrong, wrong, {}}}, wide, 3},
+      {"another one each time", {.constraints = {wrong, wrong, wrong, wrong, {}}}, std::nullopt, 3},
+      {"smaller than the output", {.constraints = {wrong}}, std::nullopt, 1},
+      {"larger than any", {.constraints = {huge}}, std::nullopt, 0},
+      {"none at all", {.constraints = {{.width = 0}}}, std::nullopt, 0},
+      {"no format that is read", {.constraints = {{.formats = {kRGB565}}}}, std::nullopt, 0},
+      {"a session that ends", {.stopsSessions = true}, std::nullopt, 0},
+      {"a frame that fails", {.failure = 0}, std::nullopt, 1},
+      {"a frame of a session that has ended", {.failure = 2}, std::nullopt, 1},
+      {"nothing told", {.constraints = {}}, std::nullopt, 0},
+      {"nothing copied", {.neverCopies = true}, std::nullopt, 1},
+  };
+  for (const auto& [reason, script, expected, frameCount] : cases) {
+    const FakeCompositor compositor(script);
+    const auto connection = std::make_shared<WlConnection>();
+    const auto capture = makeScreenCapture(
+        connection, [] { return NativeDesktop{.isFocusCertain = true}; }, nullptr);
+    EXPECT_TRUE(capture->preflightScreenCaptureAccess()) << reason;
+    const auto begin = std::chrono::steady_clock::now();
+    const auto size = expected.value_or(wide).size;
+    const auto image =
+        captured(*capture, {.display = content(*capture).displays.at(0)}, {.width = size.width, .height = size.height});
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << reason;
+    EXPECT_EQ(fileOf(image), fileOf(expected ? imaging::makeImage(*expected) : nullptr)) << reason;
+    EXPECT_EQ(compositor.frameCount(), frameCount) << reason;
+    const bool isSilent = script.constraints.empty() || script.neverCopies;
+    EXPECT_EQ(connection->isReachable(), !isSilent) << reason << ": who does not answer is asked nothing more";
+  }
+}
+
+TEST(ImageCopyCapture, CopiesWindowsThatAreNotWhollyInView) {
+  const auto opaque = countingPicture({3, 2}, {0, 1, 2, 3, 4, 5}, 0);
+  auto whole = countingPicture({3, 2}, {0, 1, 2, 3, 4, 5}, 100);
+  whole.alpha = imaging::AlphaMode::premultiplied;
+  const NativeWindow covered{.id = 7, .toplevelID = "w1", .contents = {0, 0, 3, 2}, .isCovered = true};
+  const auto with = [&covered](auto member, auto value) {
+    auto window = covered;
+    window.*member = value;
+    return window;
+  };
+  using W = NativeWindow;
+  const Table<NativeWindow, std::optional<imaging::Bitmap>> cases{
+      {"covered", covered, whole},
+      {"partly off the screen", with(&W::contents, Rect{-1, 1, 3, 2}), whole},
+      {"in view", with(&W::isCovered, false), opaque},
+      {"one that is not listed", with(&W::toplevelID, "w2"), std::nullopt},
+      {"unknown to the list", with(&W::toplevelID, ""), std::nullopt},
+      {"drawn larger", with(&W::contents, Rect{0, 0, 2, 2}), std::nullopt},
+      {"minimized", with(&W::isMinimized, true), std::nullopt},
+  };
+  for (const auto& [reason, window, expected] : cases) {
+    const FakeCompositor compositor({.constraints = {{.formats = {kARGB}}}});
+    const auto desktop = [&window = window] { return NativeDesktop{.windows = {window}}; };
+    const auto capture = makeScreenCapture(std::make_shared<WlConnection>(), desktop, nullptr);
+    const auto listed = content(*capture);
+    const auto image = captured(*capture, {.display = listed.displays.at(0), .includedWindow = listed.windows.at(0)},
+                                {.width = 3, .height = 2});
+    EXPECT_EQ(fileOf(image), fileOf(expected ? imaging::makeImage(*expected) : nullptr)) << reason;
+  }
 }
 
 }  // namespace

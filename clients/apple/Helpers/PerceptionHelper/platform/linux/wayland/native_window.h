@@ -9,8 +9,9 @@ namespace tavik::platform::wayland {
 
 /// A window as its compositor knows it. Strings are valid UTF-8, and empty when unknown.
 struct NativeWindow {
-  std::uint32_t id = 0;   ///< the compositor's own, below kNativeWindowBit
-  std::string uuid = {};  ///< by which KWin knows it; empty elsewhere
+  std::uint32_t id = 0;         ///< the compositor's own, below kNativeWindowBit
+  std::string uuid = {};        ///< by which KWin knows it; empty elsewhere
+  std::string toplevelID = {};  ///< by which the compositor's list of windows knows it (ext-foreign-toplevel-list)
   std::int32_t processID = 0;
   std::string title = {};
   std::string appID = {};         ///< of xdg_toplevel: by convention the name of its desktop file

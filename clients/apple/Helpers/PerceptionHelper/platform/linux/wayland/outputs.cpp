@@ -61,6 +61,16 @@ void listen(WlConnection& connection, zxdg_output_manager_v1* manager, const WlC
 
 }  // namespace
 
+imaging::Orientation orientationOf(Transform transform, bool isUpsideDown) {
+  constexpr int kTurns = 4;
+  const bool isMirrored = (transform & WL_OUTPUT_TRANSFORM_FLIPPED) != 0;
+  const int turns = transform & WL_OUTPUT_TRANSFORM_270;
+  // Mirroring comes first on the way back too, where it changes the direction of the turn.
+  return {.isUpsideDown = isUpsideDown,
+          .isMirrored = isMirrored,
+          .quarterTurns = isMirrored ? (kTurns - turns) % kTurns : turns};
+}
+
 std::vector<Output> outputs(WlConnection& connection) {
   if (!connection.isReachable()) return {};
   constexpr std::uint32_t kManagerVersion = 3;

@@ -6,12 +6,17 @@
 
 #include "platform/geometry.h"
 #include "platform/image.h"
+#include "platform/imaging/orientation.h"
 #include "platform/linux/wayland/wl_connection.h"
 
 namespace tavik::platform::wayland {
 
 /// How a picture has to be turned and mirrored (wl_output.transform).
 using Transform = std::int32_t;
+
+/// What undoes a transform: the pixels lie in memory as the monitor takes them, mirrored and then turned
+/// counter-clockwise. `isUpsideDown` where the rows, too, come from the bottom up.
+imaging::Orientation orientationOf(Transform transform, bool isUpsideDown);
 
 /// A monitor.
 struct Output {

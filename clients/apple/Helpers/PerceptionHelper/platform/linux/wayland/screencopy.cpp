@@ -1,9 +1,5 @@
 #include "platform/linux/wayland/screencopy.h"
 
-#include <algorithm>
-
-#include "platform/imaging/orientation.h"
-#include "platform/imaging/pixel_format.h"
 #include "platform/linux/wayland/shm_buffer.h"
 
 namespace tavik::platform::wayland {
@@ -40,46 +36,9 @@ constexpr zwlr_screencopy_frame_v1_listener kFrameListener{
     .linux_dmabuf = [](void*, zwlr_screencopy_frame_v1*, std::uint32_t, std::uint32_t, std::uint32_t) {},
     .buffer_done = [](void* data, zwlr_screencopy_frame_v1*) { frameOf(data).isDescribed = true; }};
 
-/// The formats that compositors write, of 32 bits in little-endian order (wl_shm.format, drm_fourcc.h). What an output
-/// shows is opaque, whatever the fourth byte.
-std::optional<imaging::PixelFormat> pixelFormatOf(std::uint32_t format) {
-  constexpr std::uint32_t kFirst = 0xFF, kSecond = 0xFF00, kThird = 0xFF0000;
-  imaging::PixelFormat result{.depth = 24, .bitsPerPixel = 32, .scanlinePad = 32, .greenMask = kSecond};
-  switch (format) {
-    case WL_SHM_FORMAT_ARGB8888:
-    case WL_SHM_FORMAT_XRGB8888:
-      result.redMask = kThird;
-      result.blueMask = kFirst;
-      return result;
-    case WL_SHM_FORMAT_ABGR8888:
-    case WL_SHM_FORMAT_XBGR8888:
-      result.redMask = kFirst;
-      result.blueMask = kThird;
-      return result;
-    default:
-      return std::nullopt;
-  }
-}
-
-/// What undoes the output's transform: its frames lie in memory as the monitor takes them, mirrored and then turned
-/// counter-clockwise (wl_output.transform).
-imaging::Orientation orientationOf(Transform transform, bool isUpsideDown) {
-  constexpr int kTurns = 4;
-  const bool isMirrored = transform >= kTurns;
-  const int turns = transform % kTurns;
-  // Mirroring comes first on the way back too, where it changes the direction of the turn.
-  return {.isUpsideDown = isUpsideDown,
-          .isMirrored = isMirrored,
-          .quarterTurns = isMirrored ? (kTurns - turns) % kTurns : turns};
-}
-
 }  // namespace
 
-bool hasScreencopy(const WlConnection& connection) {
-  return std::ranges::any_of(connection.globals(), [](const auto& global) {
-    return global.interface == zwlr_screencopy_manager_v1_interface.name;
-  });
-}
+bool hasScreencopy(const WlConnection& connection) { return connection.has(zwlr_screencopy_manager_v1_interface); }
 
 std::optional<imaging::Bitmap> copyOutput(WlConnection& connection, const Output& output) {
   if (!connection.isReachable()) return std::nullopt;
@@ -92,16 +51,12 @@ std::optional<imaging::Bitmap> copyOutput(WlConnection& connection, const Output
       zwlr_screencopy_manager_v1_capture_output(manager.get(), kWithoutCursor, output.proxy.get()));
   zwlr_screencopy_frame_v1_add_listener(proxy.get(), &kFrameListener, &frame);
   if (!connection.waitUntil([&frame] { return frame.isDescribed || frame.hasFailed; })) return std::nullopt;
-  const auto format = pixelFormatOf(frame.layout.format);
-  if (frame.hasFailed || !format) return std::nullopt;
-  const auto buffer = makeShmBuffer(connection, frame.layout);
+  const auto buffer = frame.hasFailed ? ShmBuffer() : makeShmBuffer(connection, frame.layout);
   if (!buffer.proxy) return std::nullopt;
   zwlr_screencopy_frame_v1_copy(proxy.get(), buffer.proxy.get());
   const bool hasEnded = connection.waitUntil([&frame] { return frame.isReady || frame.hasFailed; });
   if (!hasEnded || frame.hasFailed) return std::nullopt;
-  const auto bitmap =
-      imaging::toBitmap(*format, {frame.layout.width, frame.layout.height}, buffer.pixels, buffer.byteCount);
-  return bitmap ? imaging::oriented(*bitmap, orientationOf(output.transform, frame.isUpsideDown)) : std::nullopt;
+  return pictureIn(buffer, orientationOf(output.transform, frame.isUpsideDown), imaging::AlphaMode::opaque);
 }
 
 }  // namespace tavik::platform::wayland

@@ -120,6 +120,7 @@ class TreeReader {
     placed_.push_back(
         {.window =
              {.id = static_cast<std::uint32_t>(number(node, "id")) & ~kNativeWindowBit,
+              .toplevelID = string(node, "foreign_toplevel_identifier"),
               .processID = static_cast<std::int32_t>(number(node, "pid")),
               .title = string(node, "name"),
               .appID = string(node, "app_id"),

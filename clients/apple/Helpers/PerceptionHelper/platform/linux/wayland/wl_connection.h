@@ -26,6 +26,9 @@ class WlConnection {
   /// The process at the other end; 0 when it is not known.
   std::int32_t compositorProcessID() const;
 
+  /// True when the compositor has a global object with this interface.
+  bool has(const wl_interface& interface) const { return first(interface) != nullptr; }
+
   /// Binds the global object with this name and interface, at most at the version that both sides know; null when the
   /// compositor has none. The caller owns it.
   template <class Object>

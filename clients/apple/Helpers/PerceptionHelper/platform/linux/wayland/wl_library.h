@@ -39,6 +39,9 @@ inline const WlClient* wlClient() { return posix::loaded<WlClient>(); }
 #define wl_proxy_get_version tavik::platform::wayland::wlClient()->wl_proxy_get_version
 #define wl_proxy_marshal_flags tavik::platform::wayland::wlClient()->wl_proxy_marshal_flags
 
+#include <ext-foreign-toplevel-list-v1.h>
+#include <ext-image-capture-source-v1.h>
+#include <ext-image-copy-capture-v1.h>
 #include <plasma-virtual-desktop.h>
 #include <plasma-window-management.h>
 #include <wayland.h>

@@ -8,6 +8,22 @@ namespace tavik::platform::wayland {
 
 /// Ends an object of the protocol, on both sides.
 struct DestroyObject {
+  void operator()(ext_foreign_toplevel_handle_v1* object) const { ext_foreign_toplevel_handle_v1_destroy(object); }
+  void operator()(ext_foreign_toplevel_image_capture_source_manager_v1* object) const {
+    ext_foreign_toplevel_image_capture_source_manager_v1_destroy(object);
+  }
+  void operator()(ext_foreign_toplevel_list_v1* object) const { ext_foreign_toplevel_list_v1_destroy(object); }
+  void operator()(ext_image_capture_source_v1* object) const { ext_image_capture_source_v1_destroy(object); }
+  void operator()(ext_image_copy_capture_frame_v1* object) const { ext_image_copy_capture_frame_v1_destroy(object); }
+  void operator()(ext_image_copy_capture_manager_v1* object) const {
+    ext_image_copy_capture_manager_v1_destroy(object);
+  }
+  void operator()(ext_image_copy_capture_session_v1* object) const {
+    ext_image_copy_capture_session_v1_destroy(object);
+  }
+  void operator()(ext_output_image_capture_source_manager_v1* object) const {
+    ext_output_image_capture_source_manager_v1_destroy(object);
+  }
   void operator()(org_kde_plasma_virtual_desktop* object) const { org_kde_plasma_virtual_desktop_destroy(object); }
   void operator()(org_kde_plasma_virtual_desktop_management* object) const {
     org_kde_plasma_virtual_desktop_management_destroy(object);

@@ -8,6 +8,7 @@
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/display_region.h"
+#include "platform/linux/wayland/image_copy_capture.h"
 #include "platform/linux/wayland/kwin_screenshot.h"
 #include "platform/linux/wayland/native_identity.h"
 #include "platform/linux/wayland/screencopy.h"
@@ -38,9 +39,19 @@ PixelRect toPixelRect(const Rect& rect) {
           .height = static_cast<std::int32_t>(rect.height)};
 }
 
-PixelRect wholeOf(const Output& output) {
-  return {.width = static_cast<std::int32_t>(output.size.width),
-          .height = static_cast<std::int32_t>(output.size.height)};
+PixelRect wholeOf(PixelSize size) {
+  return {.width = static_cast<std::int32_t>(size.width), .height = static_cast<std::int32_t>(size.height)};
+}
+
+bool hasSizeOf(const Window& listed, PixelSize size) {
+  return static_cast<double>(size.width) == listed.frame.width &&
+         static_cast<double>(size.height) == listed.frame.height;
+}
+
+/// Who copies outputs: the older interface where there are both. Null when the compositor has neither.
+auto outputCopier(const WlConnection& connection) {
+  if (hasScreencopy(connection)) return &copyOutput;
+  return hasImageCopyCapture(connection) ? &copyOutputImage : nullptr;
 }
 
 class WlScreenCapture final : public ScreenCapture {
@@ -49,7 +60,7 @@ class WlScreenCapture final : public ScreenCapture {
       : connection_(std::move(connection)), desktop_(std::move(desktop)), catalog_(std::move(catalog)) {}
 
   bool preflightScreenCaptureAccess() override {
-    return connection_->isReachable() && (hasScreencopy(*connection_) || kwin_.isAllowed());
+    return connection_->isReachable() && (outputCopier(*connection_) != nullptr || kwin_.isAllowed());
   }
 
   void getShareableContent(const ShareableContentOptions& options,
@@ -90,15 +101,22 @@ class WlScreenCapture final : public ScreenCapture {
     const auto all = outputs(*connection_);
     const auto output = std::ranges::find(all, display.displayID, &Output::global);
     if (output == all.end() || !desktop_().isFocusCertain) return std::nullopt;
-    auto picture = hasScreencopy(*connection_) ? copyOutput(*connection_, *output) : kwin_.ofOutput(output->name);
+    auto picture = outputCopier(*connection_) ? copied(*output) : kwin_.ofOutput(output->name);
     if (!picture || !desktop_().isFocusCertain) return std::nullopt;
     if (!sourceRect) return picture;
-    const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(*output));
+    const auto region = imaging::regionOfDisplay(*sourceRect, wholeOf(picture->size));
     if (!region) return std::nullopt;
     const auto part = imaging::partOf(*picture, region->source);
     return part.size == region->size
                ? part
                : imaging::onBlack({{.bitmap = part, .x = region->x, .y = region->y}}, region->size);
+  }
+
+  /// Nothing when its size has changed meanwhile.
+  std::optional<Bitmap> copied(const Output& output) {
+    const auto copy = outputCopier(*connection_);
+    auto picture = copy ? copy(*connection_, output) : std::nullopt;
+    return picture && picture->size == output.size ? picture : std::nullopt;
   }
 
   /// The listed window as it is now.
@@ -120,9 +138,10 @@ class WlScreenCapture final : public ScreenCapture {
     const auto* const output = outputOf(*window, all);
     if (output == nullptr) return std::nullopt;
     const auto rect = toPixelRect(onOutput(window->contents, *output));
-    const bool isWhole = !isEmpty(rect) && intersection(rect, wholeOf(*output)) == rect;
-    const bool hasItsSize = rect.width == listed.frame.width && rect.height == listed.frame.height;
-    return isWhole && hasItsSize ? std::optional(Place{.output = output, .rect = rect}) : std::nullopt;
+    const bool isWhole = !isEmpty(rect) && intersection(rect, wholeOf(output->size)) == rect;
+    return isWhole && hasSizeOf(listed, {rect.width, rect.height})
+               ? std::optional(Place{.output = output, .rect = rect})
+               : std::nullopt;
   }
 
   /// Nothing when the window has another size by now.
@@ -134,6 +153,15 @@ class WlScreenCapture final : public ScreenCapture {
     return place ? std::optional(imaging::partOf(*picture, *place)) : std::nullopt;
   }
 
+  /// A window that is not wholly in view, as the compositor draws it by itself. Nothing when that has another size: it
+  /// has been drawn with its shadow, say, or smaller than on its monitor.
+  std::optional<Bitmap> captureHidden(const Window& listed) {
+    const auto window = windowLike(listed);
+    if (!window || window->toplevelID.empty() || window->isMinimized || window->isOnOtherWorkspace) return std::nullopt;
+    auto picture = copyToplevelImage(*connection_, window->toplevelID);
+    return picture && hasSizeOf(listed, picture->size) ? picture : std::nullopt;
+  }
+
   /// Tries again, for a while, when the window has moved meanwhile.
   std::optional<Bitmap> captureWindow(const Window& listed) {
     if (const auto window = windowLike(listed); window && !window->uuid.empty()) return captureByKWin(*window, listed);
@@ -142,7 +170,8 @@ class WlScreenCapture final : public ScreenCapture {
     const auto all = outputs(*connection_);
     do {
       const auto place = placeOf(listed, all);
-      const auto picture = place ? copyOutput(*connection_, *place->output) : std::nullopt;
+      if (!place) return captureHidden(listed);
+      const auto picture = copied(*place->output);
       if (!picture) return std::nullopt;
       if (placeOf(listed, all) == place) return imaging::partOf(*picture, place->rect);
     } while (std::chrono::steady_clock::now() < end);
