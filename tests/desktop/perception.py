@@ -5,9 +5,15 @@ import json
 import os
 import subprocess
 from collections.abc import Sequence
+from pathlib import Path
+
+from jsonschema import Draft202012Validator
+from jsonschema.exceptions import best_match
 
 HELPER = os.environ["TAVIK_PERCEPTION_HELPER"]
 LIMIT_SECONDS = 2.0  # for an answer, whatever applications do or leave undone
+SCHEMA = Path(__file__).parents[2] / "schema/response.schema.json"
+VALIDATOR = Draft202012Validator(json.loads(SCHEMA.read_bytes()))
 PIXELS = {"level": "pixel_perfect", "include_ax_tree": False}
 TREE = {"include_image": False}
 
@@ -25,7 +31,11 @@ def run(
 def response_of(done: subprocess.CompletedProcess) -> dict:
     assert done.returncode == 0, (done.returncode, done.stderr.decode(errors="replace"))
     assert done.stdout.endswith(b"}\n") and done.stdout.count(b"\n") == 1, done.stdout[-200:]
-    return json.loads(done.stdout)
+    response = json.loads(done.stdout)
+    if not VALIDATOR.is_valid(response):
+        fault = best_match(VALIDATOR.iter_errors(response))
+        raise AssertionError(f"{fault.json_path}: {fault.message[:500]}")
+    return response
 
 
 def ask(request: dict, environment: Environment | None = None) -> dict:

@@ -11,7 +11,7 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 from made_window import SECRETS
-from perception import HELPER, PIXELS, TREE, Environment, capture, run
+from perception import HELPER, PIXELS, TREE, Environment, capture, response_of, run
 from witnesses import Window, accessible_tree, values, windows_of_class
 
 IDENTIFIER = "org.example.SignIn"
@@ -51,7 +51,7 @@ class PolicyTest(unittest.TestCase):
 
     def test_helper_that_has_lost_its_files_has_the_delivered_policy(self) -> None:
         alone = shutil.copy(HELPER, os.environ["HOME"])
-        answer = json.loads(run(json.dumps(REQUEST | TREE).encode(), DELIVERED, [alone]).stdout)
+        answer = response_of(run(json.dumps(REQUEST | TREE).encode(), DELIVERED, [alone]))
         self.assertEqual(values(answer["data"]["ax_tree"], "AXSecureTextField"), ["<redacted>"] * 2)
 
     def test_policy_that_is_not_text_is_none(self) -> None:

@@ -9,7 +9,7 @@ import subprocess
 import time
 import unittest
 
-from perception import HELPER, run
+from perception import HELPER, response_of, run
 
 SCREEN = b'{"target":"screen","level":"pixel_perfect"}'
 DIAGNOSTIC = b"[tavik-perception-helper] decode error: "
@@ -23,7 +23,7 @@ def shell(script: str) -> subprocess.CompletedProcess:
 class StreamsTest(unittest.TestCase):
     def test_request_that_is_none(self) -> None:
         done = run(b'{"target":' + b"[" * 1_000_000)  # deeper than any stack
-        self.assertEqual((done.returncode, json.loads(done.stdout)["code"]), (0, "target_required"))
+        self.assertEqual(response_of(done)["code"], "target_required")
         self.assertEqual((done.stderr.count(DIAGNOSTIC), done.stderr.count(b"\n")), (1, 1))
 
     def test_nothing_is_opened_in_vain(self) -> None:
@@ -32,7 +32,7 @@ class StreamsTest(unittest.TestCase):
             self.skipTest("strace is not installed")
         trace = ("strace", "-f", "-qq", "-e", "trace=connect,openat", HELPER)
         done = run(b"{}", {"ASAN_OPTIONS": "detect_leaks=0"}, trace)  # leaks cannot be sought under a tracer
-        self.assertEqual(json.loads(done.stdout)["code"], "target_required")
+        self.assertEqual(response_of(done)["code"], "target_required")
         calls = done.stderr.decode()
         self.assertNotIn("connect(", calls)
         opened = set(re.findall(r"/(lib[^/]*?)\.so\S* O_RDONLY\S* = \d", calls.replace('",', "")))
@@ -58,7 +58,7 @@ class StreamsTest(unittest.TestCase):
         for reason, script, succeeds in (("closed", '"$0" <&-', False), ("slow", byte_by_byte, True)):
             with self.subTest(reason):
                 done = shell(script)
-                self.assertEqual((done.returncode, json.loads(done.stdout)["ok"]), (0, succeeds))
+                self.assertEqual(response_of(done)["ok"], succeeds)
 
     def test_output_that_nobody_takes(self) -> None:
         for reason, script in (

@@ -1,8 +1,10 @@
-"""Checks that README's tables list the members of request and answer and the error codes that the code has.
+"""Checks that README's tables and the schemas list the members of request and answer and the error codes that the code
+has.
 
     readme.py PROJECT_FOLDER PROGRAM_FOLDER
 """
 
+import json
 import re
 import sys
 from pathlib import Path
@@ -23,20 +25,28 @@ def tables_of(heading: str) -> list[set[str]]:
     return [{name for row in table.splitlines() for name in NAME.findall(row.split("|")[1])} for table in tables]
 
 
+def schema_of(what: str) -> dict:
+    return json.loads((project / f"schema/{what}.schema.json").read_bytes())
+
+
 KEY = r'(?:[{\[]|\badd\w*\()"(\w+)"[,\]]'
 request = tables_of("The request")[0]
 answer, codes = tables_of("The answer")
+response = schema_of("response")["$defs"]
+schema_codes = {*response["failure"]["properties"]["code"]["enum"], response["unwritten"]["properties"]["code"]["const"]}
 faults = [
-    f"{what}: {' '.join(sorted(said ^ known))} stands only in one of README and code"
-    for what, said, known in [
-        ("request members", request, names_in("protocol/request.h", r'RequestMember\{"(\w+)"')),
-        ("answer members", answer, names_in("driver/data_object.cpp", KEY)),
-        ("error codes", codes, names_in("protocol/error_replies.h", r'(?:\.code = |"code": )"(\w+)"')),
+    f"{what}: {' '.join(sorted(said ^ known))} stands only in one of {where} and code"
+    for what, in_readme, in_schema, known in [
+        ("request members", request, set(schema_of("request")["properties"]),
+         names_in("protocol/request.h", r'RequestMember\{"(\w+)"')),
+        ("answer members", answer, set(response["data"]["properties"]), names_in("driver/data_object.cpp", KEY)),
+        ("error codes", codes, schema_codes, names_in("protocol/error_replies.h", r'(?:\.code = |"code": )"(\w+)"')),
     ]
+    for where, said in (("README", in_readme), ("schema", in_schema))
     if said != known
 ]
 text = (project / "README.md").read_text(encoding="utf-8")
 for file in ("target/capture_context.cpp", "accessibility/walk_ax_element.cpp"):
     faults += [f"README does not name {key} of {file}" for key in names_in(file, KEY) - set(NAME.findall(text))]
-print("\n".join(faults) or "README lists what the code has")
+print("\n".join(faults) or "README and schemas list what the code has")
 sys.exit(1 if faults else 0)

@@ -23,7 +23,7 @@ std::string description(std::string_view json) {
 
 TEST(DecodeRequest, TakesEveryFieldAsItIsSent) {
   constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
-  const auto ends = R"({"region":{"x":9223372036854775807,"y":-9223372036854775808,"w":2.0,"h":1e3}})";
+  const auto ends = R"({"region":{"x":9223372036854775807.0,"y":-922337203685477580.8E1,"w":2.0,"h":1e3}})";
   const auto all =
       R"({"level":"pixel_perfect","target":"region","region":{"x":-1,"y":2,"w":3,"h":4},"include_image":true,
       "include_ax_tree":false,"include_caption":true,"max_long_edge_px":-7,"format":"PNG","app_bundle_id":"a.b",

@@ -54,16 +54,18 @@ std::int64_t valueOf(std::string_view exponent) {
 }
 
 /// What stands for this number, which has a fraction or an exponent; empty when it can stay.
-std::string_view plainForm(std::string_view number) {
-  constexpr std::int64_t kMostDigits = 40;
+std::string plainForm(std::string_view number) {
+  constexpr std::int64_t kMostDigits = 19;  // of a signed 64-bit number
   const auto parts = spelling(number);
   if (!parts) return "";
-  const std::string digits = std::string(parts->whole) + std::string(parts->fraction);
+  std::string digits = std::string(parts->whole) + std::string(parts->fraction);
   const auto first = digits.find_first_not_of('0'), last = digits.find_last_not_of('0');
   if (last == std::string::npos) return "0";
   const auto point = static_cast<std::int64_t>(parts->whole.size()) + valueOf(parts->exponent);
   if (static_cast<std::int64_t>(last) >= point) return "0.5";
-  return point - static_cast<std::int64_t>(first) > kMostDigits ? "1e99" : "";
+  if (point - static_cast<std::int64_t>(first) > kMostDigits) return "1e99";
+  digits.resize(static_cast<std::size_t>(point), '0');
+  return std::string(number.starts_with('-') ? "-" : "").append(digits, first);
 }
 
 /// Behind the string that begins here.
@@ -85,7 +87,7 @@ std::optional<std::string> withPlainNumbers(std::string_view json) {
     }
     const auto end = std::min(json.find_first_not_of("+-.0123456789eE", place), json.size());
     const auto number = json.substr(place, end - place);
-    const auto plain = number.find_first_of(".eE") != std::string_view::npos ? plainForm(number) : "";
+    const auto plain = number.find_first_of(".eE") != std::string_view::npos ? plainForm(number) : std::string();
     if (!plain.empty() && plain.size() <= number.size()) {
       if (!changed) changed = json;
       changed->replace(place, number.size(), number.size(), ' ').replace(place, plain.size(), plain);
