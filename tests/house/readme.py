@@ -33,14 +33,15 @@ KEY = r'(?:[{\[]|\badd\w*\()"(\w+)"[,\]]'
 request = tables_of("The request")[0]
 answer, codes = tables_of("The answer")
 response = schema_of("response")["$defs"]
-schema_codes = {*response["failure"]["properties"]["code"]["enum"], response["unwritten"]["properties"]["code"]["const"]}
+failure, unwritten = (response[kind]["properties"]["code"] for kind in ("failure", "unwritten"))
 faults = [
     f"{what}: {' '.join(sorted(said ^ known))} stands only in one of {where} and code"
     for what, in_readme, in_schema, known in [
         ("request members", request, set(schema_of("request")["properties"]),
          names_in("protocol/request.h", r'RequestMember\{"(\w+)"')),
         ("answer members", answer, set(response["data"]["properties"]), names_in("driver/data_object.cpp", KEY)),
-        ("error codes", codes, schema_codes, names_in("protocol/error_replies.h", r'(?:\.code = |"code": )"(\w+)"')),
+        ("error codes", codes, {*failure["enum"], unwritten["const"]},
+         names_in("protocol/error_replies.h", r'(?:\.code = |"code": )"(\w+)"')),
     ]
     for where, said in (("README", in_readme), ("schema", in_schema))
     if said != known

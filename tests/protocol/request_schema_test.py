@@ -23,9 +23,10 @@ COUNT, SEED = 3000, 20261125
 
 # Numbers as they are written; "#" marks them, since Python would write them its own way.
 WHOLE = "0 -0 1 800 -5 800.0 8e2 80E+1 8000e-1 0.0 -0.0e5 0e99999999999 9223372036854775807 -9223372036854775808 1e18"
-NOT_WHOLE = "0.5 -1.5 1e-400 800.0000000000000001 -0.0000000001 1e-1 9223372036854775808 -9223372036854775809 1e19 1e400"
-NUMBERS = [f"#{number}" for number in f"{WHOLE} {NOT_WHOLE} 9223372036854775807.0 922337203685477580e1".split()]
-WORDS = ["", "auto", "read", "Read", "read ", "ax_only", "axOnly", "app", "screen", "region", "png", "null", "1", "é\n\"\0👩"]
+NEAR_THE_ENDS = "9223372036854775807.0 922337203685477580e1 9223372036854775808 -9223372036854775809 1e19 1e400"
+NOT_WHOLE = "0.5 -1.5 1e-400 800.0000000000000001 -0.0000000001 1e-1"
+NUMBERS = [f"#{number}" for number in f"{WHOLE} {NEAR_THE_ENDS} {NOT_WHOLE}".split()]
+WORDS = ["", "auto", "read", "Read", "read ", "axOnly", "app", "screen", "region", "png", "null", "1", "é\n\"\0👩"]
 ANYTHING = [None, True, False, [], {}, [None], {"x": "#1"}, *NUMBERS, *WORDS]
 
 
@@ -45,7 +46,9 @@ def fitting(member: dict, chance: random.Random):
         return rectangle(chance)
     if "enum" in member:
         return chance.choice(member["enum"])
-    return chance.choice([True, False] if "boolean" in member.get("type", []) else WORDS if "type" in member else NUMBERS)
+    if "type" not in member:
+        return chance.choice(NUMBERS)
+    return chance.choice([True, False] if "boolean" in member["type"] else WORDS)
 
 
 def request(chance: random.Random) -> bytes:
@@ -55,7 +58,8 @@ def request(chance: random.Random) -> bytes:
         content[key] = fitting(members[key], chance) if chance.random() < 0.85 else chance.choice(ANYTHING)
     if chance.random() < 0.3:
         content[chance.choice(["Level", "regions", "", "level\0", "x"])] = chance.choice(ANYTHING)
-    text = json.dumps(content if chance.random() < 0.98 else chance.choice(ANYTHING), ensure_ascii=chance.random() < 0.5)
+    document = content if chance.random() < 0.98 else chance.choice(ANYTHING)
+    text = json.dumps(document, ensure_ascii=chance.random() < 0.5)
     return re.sub('"#([^"]*)"', r"\1", text).encode()
 
 
