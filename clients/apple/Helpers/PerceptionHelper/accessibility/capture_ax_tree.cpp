@@ -11,8 +11,6 @@ namespace {
 
 using platform::UIElementRef;
 
-constexpr int kMaxDepth = 8;
-
 platform::RunningApplicationRef chosenApplication(Target target, const std::optional<ResolvedTargetApp>& targetApp,
                                                   platform::Workspace& workspace) {
   if (target == Target::focused_element) return workspace.frontmostApplication();
@@ -32,7 +30,9 @@ UIElementRef firstWindow(platform::UIElement& application) {
   return windows != nullptr && !windows->empty() ? windows->front() : nullptr;
 }
 
-UIElementRef chosenRoot(Target target, const UIElementRef& application) {
+}  // namespace
+
+UIElementRef walkedRoot(Target target, const UIElementRef& application) {
   UIElementRef root;
   if (target == Target::app) {
     root = elementAttr(*application, "AXMainWindow");
@@ -43,19 +43,17 @@ UIElementRef chosenRoot(Target target, const UIElementRef& application) {
   return root ? root : application;
 }
 
-}  // namespace
-
 AXSummary captureAXTree(Target target, const std::optional<ResolvedTargetApp>& targetApp,
                         const SensitiveAppsConfig& redaction, platform::Accessibility& accessibility,
                         platform::Workspace& workspace) {
   if (!accessibility.isProcessTrusted()) return {};
   const auto app = chosenApplication(target, targetApp, workspace);
   if (!app) return {};
-  const auto root = chosenRoot(target, accessibility.createApplication(app->processIdentifier()));
+  const auto root = walkedRoot(target, accessibility.createApplication(app->processIdentifier()));
   accessibility.prefetch(root,
-                         {.maxDepth = kMaxDepth, .maxChildren = kMaxAXChildren, .attributes = kWalkedAXAttributes});
+                         {.maxDepth = kMaxAXDepth, .maxChildren = kMaxAXChildren, .attributes = kWalkedAXAttributes});
   AXSummary summary;
-  summary.tree = walkAXElement(*root, {.depth = 0, .maxDepth = kMaxDepth}, summary, redaction);
+  summary.tree = walkAXElement(*root, {.depth = 0, .maxDepth = kMaxAXDepth}, summary, redaction);
   return summary;
 }
 

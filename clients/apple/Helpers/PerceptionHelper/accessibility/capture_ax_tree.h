@@ -11,10 +11,13 @@
 
 namespace tavik {
 
-/// Walks the part of an application that fits the target, eight levels below its root: the main window of `targetApp`
-/// (else its first window, else the application itself) for Target::app; the focused element of the frontmost
-/// application (else the application itself) for Target::focused_element; `targetApp` itself for the other targets.
-/// Without trust, or without an application, nothing is walked.
+/// Where a walk of an application begins: at its main window (else its first window, else the application itself) for
+/// Target::app; at its focused element (else the application itself) for Target::focused_element; at the application
+/// itself for the other targets.
+platform::UIElementRef walkedRoot(Target target, const platform::UIElementRef& application);
+
+/// Walks an application from there, kMaxAXDepth levels below: the frontmost one for Target::focused_element, else
+/// `targetApp`. Without trust, or without an application, nothing is walked.
 AXSummary captureAXTree(Target target, const std::optional<ResolvedTargetApp>& targetApp,
                         const SensitiveAppsConfig& redaction, platform::Accessibility& accessibility,
                         platform::Workspace& workspace);

@@ -13,6 +13,9 @@ namespace tavik {
 /// The most children of one element that are walked; the rest are neither walked nor counted.
 inline constexpr int kMaxAXChildren = 50;
 
+/// The depth below its root to which a walk goes.
+inline constexpr int kMaxAXDepth = 8;
+
 /// What a walk reads of every element, in this order; the last one only of those whose children it visits.
 inline constexpr std::array<std::string_view, 8> kWalkedAXAttributes{
     "AXRole", "AXTitle", "AXValue", "AXHelp", "AXDescription", "AXPosition", "AXSize", "AXChildren"};

@@ -1,7 +1,6 @@
 #include "policy/load_sensitive_apps_config.h"
 
-#include <optional>
-#include <string>
+#include <utility>
 
 #include "policy/delivered_policy.h"
 #include "policy/parse_sensitive_apps_yaml.h"
@@ -14,19 +13,22 @@ std::optional<std::string> readIfExists(const platform::Host& host, const std::s
   return host.readUTF8File(path);
 }
 
-std::string policyText(const platform::Host& host) {
-  if (auto text = readIfExists(host, host.environmentVariable("TAVIK_PERCEPTION_CONFIG").value_or(""))) return *text;
-  const auto defaultPath = "/Users/" + host.userName() + "/Documents/Dev/Quorle/config/perception/sensitive-apps.yaml";
-  if (auto text = readIfExists(host, defaultPath)) return *text;
-  const auto resource = host.pathForResource("perception-sensitive-apps", "yaml");
-  const auto text = resource ? host.readUTF8File(*resource) : std::nullopt;
-  return text ? *text : std::string(deliveredPolicy());
-}
-
 }  // namespace
 
+PolicyText loadPolicyText(const platform::Host& host) {
+  const auto named = host.environmentVariable("TAVIK_PERCEPTION_CONFIG").value_or("");
+  if (auto text = readIfExists(host, named)) return {.path = named, .text = *std::move(text)};
+  const auto usual = "/Users/" + host.userName() + "/Documents/Dev/Quorle/config/perception/sensitive-apps.yaml";
+  if (auto text = readIfExists(host, usual)) return {.path = usual, .text = *std::move(text)};
+  const auto resource = host.pathForResource("perception-sensitive-apps", "yaml");
+  if (auto text = resource ? host.readUTF8File(*resource) : std::nullopt) {
+    return {.path = resource, .text = *std::move(text)};
+  }
+  return {.text = std::string(deliveredPolicy())};
+}
+
 SensitiveAppsConfig loadSensitiveAppsConfig(const platform::Host& host) {
-  return parseSensitiveAppsYAML(policyText(host));
+  return parseSensitiveAppsYAML(loadPolicyText(host).text);
 }
 
 }  // namespace tavik
