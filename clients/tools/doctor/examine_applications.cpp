@@ -41,17 +41,16 @@ bool lacksTree(const ElementCount& count, const std::string& toolkit) {
   return count.elements <= kNearlyEmpty || (toolkit == "Chromium" && !count.hasPage && count.elements < kMostElements);
 }
 
+/// `answer` is null where it is not on the bus.
 void examineTree(platform::Accessibility& accessibility, const BusAnswer* answer, Examined& examined) {
   auto& report = examined.report;
-  const auto process = examined.application->processIdentifier();
   if (answer != nullptr && !answer->answers) {
     report.remedy = "It does not answer on the accessibility bus. Where it stays so, start it again.";
     return;
   }
+  const auto process = examined.application->processIdentifier();
   const auto count = answer != nullptr ? countElements(accessibility, process) : ElementCount();
   report.elements = count.elements;
-  report.toolkit = answer != nullptr ? answer->toolkit : std::nullopt;
-  if (!report.toolkit) report.toolkit = toolkitOfProcess(process);
   if (report.toolkit && lacksTree(count, *report.toolkit)) report.remedy = treeRemedy(*report.toolkit);
 }
 
@@ -69,11 +68,15 @@ std::vector<ApplicationReport> examineApplications(const platform::Platform& pla
       accessibilityBus ? askToolkits(accessibilityBus, processes) : std::map<std::int32_t, BusAnswer>();
   std::vector<ApplicationReport> reports;
   for (auto& examined : all) {
-    if (accessibilityBus && !examined.report.isSensitive) {
-      const auto answer = answers.find(examined.application->processIdentifier());
-      examineTree(*platform.accessibility, answer != answers.end() ? &answer->second : nullptr, examined);
+    auto& report = examined.report;
+    if (!report.isSensitive) {
+      const auto process = examined.application->processIdentifier();
+      const auto found = answers.find(process);
+      const auto* const answer = found != answers.end() ? &found->second : nullptr;
+      report.toolkit = answer != nullptr && answer->toolkit ? answer->toolkit : toolkitOfProcess(process);
+      if (accessibilityBus) examineTree(*platform.accessibility, answer, examined);
     }
-    reports.push_back(std::move(examined.report));
+    reports.push_back(std::move(report));
   }
   return reports;
 }

@@ -43,7 +43,10 @@ constexpr std::array kRemedies{
            "Start it with QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 in its environment, or switch the desktop's accessibility "
            "on: "
            "gsettings set org.gnome.desktop.interface toolkit-accessibility true."},
-    Remedy{kJava, "Install the package libatk-wrapper-java, and start it again."},
+    Remedy{kJava,
+           "Install the package libatk-wrapper-java, and start it with JAVA_TOOL_OPTIONS="
+           "'-Xbootclasspath/a:/usr/share/java/java-atk-wrapper.jar "
+           "-Djavax.accessibility.assistive_technologies=org.GNOME.Accessibility.AtkWrapper' in its environment."},
     Remedy{"GTK 3", "Start it again while the accessibility bus runs, without NO_AT_BRIDGE in its environment."},
     Remedy{"GTK 4", "Start it again while the accessibility bus runs, without GTK_A11Y in its environment."},
     Remedy{

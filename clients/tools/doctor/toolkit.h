@@ -19,7 +19,7 @@ std::optional<std::string> toolkitOfLibraries(std::string_view maps);
 std::optional<std::string> toolkitOfProcess(std::int32_t processID);
 
 /// A tree with so few elements says nothing but that there is a window.
-inline constexpr std::int64_t kNearlyEmpty = 5;
+inline constexpr std::int64_t kNearlyEmpty = 2;
 
 /// What gives applications of a toolkit a tree, where theirs is nearly empty. Nothing where that is all that there is.
 std::optional<std::string> treeRemedy(std::string_view toolkit);
