@@ -56,6 +56,11 @@ for (const [revision, mode] of [["2025-11-25", "legacy"], ["2026-07-28", {pin: "
       await assert.rejects(client.callTool({name: "shell", arguments: {}}), /-32602|no tool/);
     });
 
+    test("what runs, and what works", async () => {
+      assert.match(textOf(await client.callTool({name: "list_applications"})), /app_bundle_id "galculator"/);
+      assert.match(textOf(await client.callTool({name: "explain_setup"})), /started without a display/);
+    });
+
     test("a call that is cancelled is no end", async () => {
       const stop = new AbortController();
       const calls = Array.from({length: 6}, () => capture(client, {app_name: "galculator"}, {signal: stop.signal}));
