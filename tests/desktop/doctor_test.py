@@ -83,6 +83,12 @@ class DoctorTest(unittest.TestCase):
                 matches = report["policy"]["lines"][-1].get("matches", [])
                 self.assertEqual(matches, [] if status else ["featherpad"])
 
+    def test_policy_through_a_pipe(self) -> None:
+        command = 'cat "$1" | exec "$0" --policy /dev/stdin'
+        roles = policy("ax_role_text_blocklist:\n- AXSecureTextField\n")
+        done = subprocess.run(["sh", "-c", command, DOCTOR, roles], capture_output=True, text=True, check=True)
+        self.assertIn("Roles with withheld values: 1", done.stdout)
+
     def test_server_that_does_not_answer(self) -> None:
         (server,) = (int(one) for one in processes() if Path(f"/proc/{one}/comm").read_text() == "Xvfb\n")
         os.kill(server, signal.SIGSTOP)

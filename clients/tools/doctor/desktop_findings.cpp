@@ -123,8 +123,9 @@ void tellWhatToPassOn(const SessionVariables& variables, Findings& findings) {
 
 void judgePictures(const DesktopFacts& facts, Findings& findings) {
   if (facts.isKWin) {
-    if (facts.isAllowedByKWin)
+    if (facts.isAllowedByKWin) {
       return ok(findings, kPictures, "The helper has a desktop file that has KWin allow it pictures.");
+    }
     return fault(
         findings, kPictures,
         "KWin takes pictures for a program with a desktop file that asks for it, and the helper beside this program "

@@ -53,11 +53,11 @@ DoctorReport examineAll(const platform::Platform& platform) {
 
 DoctorReport examinePolicyFile(const platform::Platform& platform, const std::string& path) {
   DoctorReport report;
-  if (auto finding = unreadablePolicy(*platform.host, path)) {
-    report.findings.push_back(*std::move(finding));
-    return report;
+  if (auto text = platform.host->readUTF8File(path)) {
+    examine({.path = path, .text = *std::move(text)}, *platform.workspace, report);
+  } else {
+    report.findings.push_back(unreadablePolicy(*platform.host, path));
   }
-  examine({.path = path, .text = platform.host->readUTF8File(path).value_or("")}, *platform.workspace, report);
   return report;
 }
 

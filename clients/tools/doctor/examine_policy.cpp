@@ -56,8 +56,7 @@ std::vector<std::string> matchesOf(std::string_view pattern, std::span<const Kno
 
 }  // namespace
 
-std::optional<Finding> unreadablePolicy(const platform::Host& host, const std::string& path) {
-  if (host.readUTF8File(path)) return std::nullopt;
+Finding unreadablePolicy(const platform::Host& host, const std::string& path) {
   if (!host.fileExists(path)) {
     return path.starts_with('~')
                ? unreadable(path, "there is none, since ~ is a character like any other here",
@@ -68,8 +67,8 @@ std::optional<Finding> unreadablePolicy(const platform::Host& host, const std::s
   }
   constexpr std::size_t kLargest = std::size_t{16} << 20U;
   const auto bytes = platform::posix::readRegularFile(path, kLargest);
-  if (!bytes) {
-    return unreadable(path, "it cannot be read, is no file, or is larger than 16 MiB",
+  if (!bytes || text::isValidUTF8(*bytes)) {
+    return unreadable(path, "it cannot be read, is neither a file nor a pipe with something in it, or exceeds 16 MiB",
                       "See to it that the user who runs the helper may read it.");
   }
   return unreadable(path, "it is not UTF-8, and " + whereInvalid(*bytes), "Save it as UTF-8.");
@@ -98,10 +97,8 @@ std::vector<Finding> policyInForce(const platform::Host& host, const PolicyText&
   std::vector<Finding> findings;
   const auto named = host.environmentVariable("TAVIK_PERCEPTION_CONFIG").value_or("");
   if (!named.empty() && policy.path != named) {
-    if (auto finding = unreadablePolicy(host, named)) {
-      finding->text.insert(0, "TAVIK_PERCEPTION_CONFIG is of no effect. ");
-      findings.push_back(*std::move(finding));
-    }
+    findings.push_back(unreadablePolicy(host, named));
+    findings.back().text.insert(0, "TAVIK_PERCEPTION_CONFIG is of no effect. ");
   }
   const auto which = policy.path ? text::quoted(*policy.path) : std::string("that which is compiled in");
   const bool isOwn = policy.text != deliveredPolicy();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,8 +12,8 @@
 
 namespace tavik::doctor {
 
-/// Why a file that is meant to be a policy is none. Nothing for one that is.
-std::optional<Finding> unreadablePolicy(const platform::Host& host, const std::string& path);
+/// Why a file that could not be read as a policy is none.
+Finding unreadablePolicy(const platform::Host& host, const std::string& path);
 
 /// What the policy says, and which of these applications it covers.
 PolicyReport explainPolicy(const PolicyText& policy, std::span<const KnownApplication> applications);
