@@ -18,6 +18,7 @@
 #include <boost/program_options.hpp>
 
 #include "platform/posix/descriptor_io.h"
+#include "platform/posix/last_resort.h"
 #include "tools/mcp/server.h"
 #include "tools/mcp/session_environment.h"
 #include "tools/mcp/standard_lines.h"
@@ -94,6 +95,7 @@ std::optional<tavik::mcp::Programs> programsOf(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  tavik::platform::posix::forbidCoreDumps();  // which would hold pictures
   std::signal(SIGPIPE, SIG_IGN);  // a program that ends before it has read all is no reason to end as well
   if (auto programs = programsOf(argc, argv)) serve(*std::move(programs));
   return 0;
