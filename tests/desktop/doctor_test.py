@@ -69,6 +69,7 @@ class DoctorTest(unittest.TestCase):
         for reason, environment, expected in (
             ("everything", nowhere, ["desktop", "pictures", "trees"]),
             ("the cookie", {"XAUTHORITY": "/dev/null"}, ["desktop", "pictures"]),
+            ("a display whose name is no text", {"DISPLAY": ":\udcff"}, ["desktop", "pictures"]),
             ("the policy", {"TAVIK_PERCEPTION_CONFIG": "~/policy.yaml"}, ["policy"]),
         ):
             with self.subTest(reason):

@@ -21,6 +21,7 @@
 #include "platform/linux/x11/server/x_connection.h"
 #include "platform/linux/x11/server/x_property.h"
 #include "platform/posix/regular_file.h"
+#include "text/utf8.h"
 
 namespace tavik::doctor {
 namespace {
@@ -81,7 +82,9 @@ bool hasSessionBus() {
 }  // namespace
 
 SessionVariables sessionVariables(const platform::Host& host) {
-  const auto value = [&host](const char* name) { return host.environmentVariable(name).value_or(""); };
+  const auto value = [&host](const char* name) {
+    return text::toValidUTF8(host.environmentVariable(name).value_or(""));
+  };
   return {.display = value("DISPLAY"),
           .xauthority = value("XAUTHORITY"),
           .waylandDisplay = value("WAYLAND_DISPLAY"),

@@ -7,7 +7,7 @@
 
 namespace tavik::doctor {
 
-/// What the environment says of the desktop. Empty where a variable is not set.
+/// What the environment says of the desktop, as valid UTF-8. Empty where a variable is not set.
 struct SessionVariables {
   std::string display = {};            ///< DISPLAY
   std::string xauthority = {};         ///< XAUTHORITY

@@ -31,7 +31,7 @@ struct PolicyLineReport {
 };
 
 struct PolicyReport {
-  std::optional<std::string> file = {};  ///< nothing for the policy that is compiled in
+  std::optional<std::string> file = {};  ///< in valid UTF-8; nothing for the policy that is compiled in
   bool isDelivered = false;              ///< its text is that of the policy that comes with the program
   std::size_t applications = 0;          ///< patterns
   std::size_t roles = 0;

@@ -75,7 +75,8 @@ Finding unreadablePolicy(const platform::Host& host, const std::string& path) {
 }
 
 PolicyReport explainPolicy(const PolicyText& policy, std::span<const KnownApplication> applications) {
-  PolicyReport report{.file = policy.path, .isDelivered = policy.text == deliveredPolicy()};
+  PolicyReport report{.isDelivered = policy.text == deliveredPolicy()};
+  if (policy.path) report.file = text::toValidUTF8(*policy.path);
   PolicyLines lines(policy.text);
   while (const auto line = lines.next()) {
     if (line->text.empty() || line->kind == PolicyLineKind::comment) continue;

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
+#include "text/code_points.h"
 #include "text/quoted.h"
 #include "tools/doctor/count_elements.h"
 #include "tools/doctor/words.h"
@@ -13,8 +15,23 @@ namespace {
 
 constexpr std::size_t kColumns = 100;
 
-/// Adds the words of `text`, in lines that begin below where the first one does.
-void addWrapped(std::string_view first, std::string_view text, std::string& result) {
+/// The text without what a terminal obeys: others may have put it there.
+std::string harmless(std::string_view text) {
+  constexpr std::int32_t kSpace = 0x20, kDelete = 0x7F, kLastControl = 0x9F;
+  std::string result;
+  while (!text.empty()) {
+    const auto [value, length] = text::firstCodePoint(text);
+    const bool isControl = value < kSpace || (value >= kDelete && value <= kLastControl);
+    result += isControl ? "?" : text.substr(0, length);
+    text.remove_prefix(length);
+  }
+  return result;
+}
+
+/// Adds the words, in lines that begin below where the first one does.
+void addWrapped(std::string_view first, std::string_view words, std::string& result) {
+  const auto written = harmless(words);
+  std::string_view text = written;
   result += first;
   auto column = first.size();
   while (!text.empty()) {

@@ -204,6 +204,14 @@ TEST(ExamineApplications, ListsThoseThatOneCanSwitchTo) {
   EXPECT_EQ(std::ranges::count(desktop.calls, "createApplication"), 0) << "without a bus nobody is asked for a tree";
 }
 
+TEST(ReportAsText, GivesATerminalNothingToObey) {
+  const auto text = reportAsText({.findings = {{.about = "desktop", .text = "a\x1B[2J \u009B2J\nb \u00E9"}},
+                                  .applications = {{.name = "\x1B", .elements = 9, .toolkit = "\a"}}},
+                                 {});
+  EXPECT_NE(text.find("  ok     a?[2J ?2J?b \u00E9\n"), std::string::npos) << text;
+  EXPECT_EQ(text.find_first_of("\x1B\a"), std::string::npos);
+}
+
 /// A desktop on which all is well.
 DesktopFacts wellOnX11() {
   return {.variables = {.display = ":0"},
