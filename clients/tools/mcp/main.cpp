@@ -96,7 +96,7 @@ std::optional<tavik::mcp::Programs> programsOf(int argc, char** argv) {
 
 int main(int argc, char** argv) try {
   tavik::platform::posix::forbidCoreDumps();  // which would hold pictures
-  std::signal(SIGPIPE, SIG_IGN);  // a program that ends before it has read all is no reason to end as well
+  std::signal(SIGPIPE, SIG_IGN);              // a program that ends before it has read all is no reason to end as well
   if (auto programs = programsOf(argc, argv)) serve(*std::move(programs));
   return 0;
 } catch (const options::error& error) {
