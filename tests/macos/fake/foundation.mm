@@ -100,25 +100,37 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
   return tavik::text::isValidUTF8(value) ? give<CFStringRef>(text(value)) : nullptr;
 }
 
+/// How many units of UTF-16 a byte stands for: none continues, a surrogate pair is the first byte of four.
+static CFIndex unitsOf(char byte) { return (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1; }
+
 CFIndex CFStringGetLength(CFStringRef string) {
-  CFIndex units = 0;  // none for a continuation byte, a surrogate pair for the first byte of four
-  for (const char byte : valueOf<std::string>(string)) {
-    units += (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1;
-  }
+  CFIndex units = 0;
+  for (const char byte : valueOf<std::string>(string)) units += unitsOf(byte);
   return units;
 }
 
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
                          Boolean isExternal, UInt8* buffer, CFIndex size, CFIndex* used) {
-  require(range.location == 0 && range.length == CFStringGetLength(string), "the range is the whole string");
+  require(range.location + range.length == CFStringGetLength(string), "the range ends with the string");
   require(encoding == kCFStringEncodingUTF8 && isExternal == 0, "UTF-8 without a byte-order mark");
-  auto bytes = valueOf<std::string>(string);
-  if (lossByte == 0) bytes.resize(std::min(bytes.size(), bytes.find(kUnpairedSurrogate)));
-  std::ranges::replace(bytes, kUnpairedSurrogate, static_cast<char>(lossByte));
+  std::string bytes;
+  CFIndex unit = 0, converted = 0;
+  for (char byte : valueOf<std::string>(string)) {
+    const bool isInRange = unit + unitsOf(byte) > range.location;
+    unit += unitsOf(byte);
+    if (!isInRange) continue;
+    if (byte == kUnpairedSurrogate) {
+      // The loss byte counts only where the string does not have all of its characters in one place.
+      if (lossByte == 0 || !fails("characters in one place")) break;
+      byte = static_cast<char>(lossByte);
+    }
+    bytes += byte;
+    converted = unit - range.location;
+  }
   require(buffer == nullptr || std::ssize(bytes) <= size, "the string fits");
   if (buffer != nullptr) std::memcpy(buffer, bytes.data(), bytes.size());
   *used = std::ssize(bytes);
-  return range.length;
+  return converted;
 }
 
 Boolean CFBooleanGetValue(CFBooleanRef boolean) { return valueOf<bool>(boolean); }

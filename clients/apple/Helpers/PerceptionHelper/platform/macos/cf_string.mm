@@ -1,18 +1,26 @@
 #include "platform/macos/cf_string.h"
 
+#include <iterator>
+
 namespace tavik::platform::macos {
 
 std::string utf8Of(CFStringRef string) {
   if (string == nullptr) return {};
-  constexpr UInt8 kLossByte = '?';
-  const CFRange whole = CFRangeMake(0, CFStringGetLength(string));
-  const auto convert = [&](UInt8* buffer, CFIndex room) {
-    CFIndex count = 0;
-    CFStringGetBytes(string, whole, kCFStringEncodingUTF8, kLossByte, false, buffer, room, &count);
-    return count;
-  };
-  std::string utf8(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
-  const CFIndex count = convert(reinterpret_cast<UInt8*>(utf8.data()), static_cast<CFIndex>(utf8.size()));
+  constexpr char kLossByte = '?';
+  constexpr CFIndex kMostBytesOfAUnit = 3;
+  const CFIndex length = CFStringGetLength(string);
+  std::string utf8(static_cast<std::size_t>(length * kMostBytesOfAUnit), '\0');
+  CFIndex count = 0;
+  for (CFIndex unit = 0; unit < length;) {
+    CFIndex used = 0;
+    // From strings that have UTF-16 in one place it takes no loss byte: it ends at an unpaired surrogate.
+    unit += CFStringGetBytes(string, CFRangeMake(unit, length - unit), kCFStringEncodingUTF8, kLossByte, false,
+                             reinterpret_cast<UInt8*>(utf8.data()) + count, std::ssize(utf8) - count, &used);
+    count += used;
+    if (unit == length) break;
+    utf8[static_cast<std::size_t>(count++)] = kLossByte;
+    ++unit;
+  }
   utf8.resize(static_cast<std::size_t>(count));
   return utf8;
 }
