@@ -20,6 +20,7 @@ namespace tavik {
 namespace {
 
 using namespace fake;
+using namespace std::string_literals;
 namespace json = boost::json;
 
 /// Runs `pass` to the exit of a process of its own. Nothing, LeakSanitizer included, may write to standard error, where
@@ -43,6 +44,9 @@ struct Case {
   std::set<std::string> failing = {};
   std::function<void(World&)> arrange = [](World&) {};
 };
+
+/// A process that shows an element in a window of another one.
+constexpr std::int32_t kRemoteView = 77;
 
 Held field(const std::string& role, const std::string& value) {
   return element({{"AXRole", text(role)}, {"AXValue", text(value)}});
@@ -77,6 +81,7 @@ Held mailWindow() {
   };
   children.push_back(chainToTheDeepestLevel());
   children.push_back(element({{"AXHelp", text("6")}, {"AXChildren", object(Itself{})}}));
+  children.push_back(element({{"AXHelp", text("7")}}, kRemoteView));
   while (children.size() < 60) children.push_back(element({{"AXHelp", text(std::to_string(children.size()))}}));
   return element({{"AXRole", text("AXWindow")},
                   {"AXTitle", text("Inbox")},
@@ -100,19 +105,19 @@ const auto kPolicy = file("bundle_id_blocklist:\n- org.v*\nax_role_text_blocklis
 World twoApplications() {
   const Dictionary mail{{"AXMainWindow", mailWindow()}, {"AXFocusedUIElement", field("AXTextArea", "Dear Ada")}};
   const Dictionary vault{{"AXWindows", list({field("AXWindow", "first"), field("AXWindow", "second")})}};
-  const Application mailApplication{7, "com.example.Mail", "Mail", 0, {mail}};
+  const Application mailApplication{7, "com.example.Mail", "Mail", 0, mail};
   return {.resource = kPolicy,
-          .applications = {{8, "org.vault", "Vault", 0, {vault}},
+          .applications = {{8, "org.vault", "Vault", 0, vault},
                            {3, "com.example.Mail", "Mail agent", 1},
                            mailApplication,
                            {9, std::nullopt, "Hidden", 0}},
           .frontmost = mailApplication,
           .scale = 1.5,
           .screen = {{"NSScreenNumber", object(5.0)}},
-          .displays = {{2, 1440, 900}, {3, 800, 600}},
-          .windows = {{70, std::nullopt, true, 0, {0, 0, 1440, 24}},
-                      {71, {{7}}, true, 3, {0, 0, 2000, 2000}},
-                      {72, {{7}}, true, 0, {20, 30, 1000.7, 600.9}},
+          .displays = {{2, {-1440, 100, 1440, 900}}, {3, {0, 0, 800, 600}}},
+          .windows = {{70, std::nullopt, true, 0, {-1440, 100, 1440, 24}},
+                      {71, {{7}}, true, 3, {-1440, 100, 2000, 2000}},
+                      {72, {{7}}, true, 0, {-1420, 130, 1000.7, 600.9}},
                       {91, {{9}}, false, 0, {0, 0, 300, 200}}}};
 }
 
@@ -169,17 +174,39 @@ TEST(MacOS, ReadsTheSameTreeHoweverReadsFail) {
       {"a batched AXSize"},
       {"a reason in a batch"},
       {"a single AXRole", "a single AXTitle", "a single AXValue", "a single AXPosition"}};
-  constexpr int kMainWindow = 1, kBatches = 1 + 50 + 7;  // the window, its children, what is below one of these
-  std::vector<Case> cases{{kTree, "/data/ax_tree", tree, {}, [](World& w) { w.patience = kMainWindow + kBatches; }}};
-  for (const auto& failing : failures) cases.push_back({kTree, "/data/ax_tree", tree, failing});
+  constexpr int kMainWindow = 1, kElements = 1 + 50 + 7;  // the window, its children, what is below one of these
+  std::vector<Case> cases{{kTree, "/data/ax_tree", tree, {}, [](World& w) { w.messages = kMainWindow + kElements; }}};
+  constexpr int kABatchAndEachSingly = 1 + 8;
+  for (const auto& failing : failures) {
+    cases.push_back({kTree, "/data/ax_tree", tree, failing,
+                     [](World& w) { w.messages = kMainWindow + kElements * kABatchAndEachSingly; }});
+  }
   expectAnswers(cases);
+}
+
+TEST(MacOS, AsksAProcessThatHangsOnceAndKeepsWhatHasAnswered) {
+  const auto hangs = [](std::int32_t pid, int answers, int messages) {
+    return [=](World& w) { w.answers = {{pid, answers}}, w.messages = messages; };
+  };
+  const json::value first{{"role", "AXSecureTextField"}, {"value", "<redacted>"}};
+  const auto children = "/data/ax_tree/children";
+  constexpr int kTheRemoteView = 1;
+  expectAnswers({
+      {kTree, "/data/ax_tree", json::object(), {}, hangs(7, 0, 1)},
+      {kTree, "/data/ax_tree/title", "Inbox", {}, hangs(7, 3, 4 + kTheRemoteView)},
+      {kTree, children + "/0"s, first, {}, hangs(7, 3, 4 + kTheRemoteView)},
+      {kTree, children + "/49"s, json::object(), {}, hangs(7, 3, 4 + kTheRemoteView)},
+      {kTree, "/data/ax_tree", {{"role", "AXWindow"}}, {"AXUIElementCopyMultipleAttributeValues"}, hangs(7, 3, 4)},
+      {kTree, children + "/7"s, json::object(), {}, hangs(kRemoteView, 0, 59)},
+      {kTree, children + "/49"s, {{"help", "49"}}, {}, hangs(kRemoteView, 0, 59)},
+  });
 }
 
 TEST(MacOS, TakesThePictureThatIsAskedFor) {
   const auto read = kMail + R"(,"level":"read"})", small = kMail + R"(,"max_long_edge_px":500})";
   const auto region = R"({"target":"region","region":{"x":-10,"y":20,"w":300,"h":200}})";
   const auto focus = R"({"target":"focused_element","max_long_edge_px":0})";
-  const std::string window = "1000x600 window 72 of display 2";
+  const std::string window = "1000x600 window 72 of display 2 at 0 0 1000 600";
   const auto jpeg = [](const std::string& description) { return imageURL("jpeg", "quality 0.850000, " + description); };
   expectAnswers({
       {read, "/data/image", jpeg(window)},
@@ -192,7 +219,7 @@ TEST(MacOS, TakesThePictureThatIsAskedFor) {
       {small, "/data/image", jpeg(window), {"CGBitmapContextCreateImage"}},
       {kScreen, "/data/image", jpeg("1440x900 display 2")},
       {region, "/data/image", jpeg("300x200 display 2 -10 20 300 200")},
-      {focus, "/data/image", jpeg("2000x2000 window 71 of display 2")},
+      {focus, "/data/image", jpeg("2000x2000 window 71 of display 2 at 0 0 2000 2000")},
   });
 }
 
@@ -200,7 +227,7 @@ TEST(MacOS, AnswersEveryFailureWithItsCode) {
   expectAnswers({
       {R"({"app_name":"Mail agent"})", "/code", "target_app_not_running"},
       {R"({"app_bundle_id":"com.example"})", "/code", "target_app_not_running"},
-      {R"({"app_name":"hidden"})", "/code", "target_window_minimized"},
+      {R"({"app_name":"hidden"})", "/code", "target_app_has_no_window"},
       {kMail + "}", "/code", "target_app_has_no_window", {}, [](World& w) { w.windows.clear(); }},
       {kScreen, "/code", "no_primary_display", {}, [](World& w) { w.displays.clear(); }},
       {kScreen, "/code", "screen_recording_permission_required", {"CGPreflightScreenCaptureAccess"}},

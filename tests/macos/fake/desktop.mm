@@ -13,8 +13,12 @@ namespace {
 
 std::atomic<bool> mainLoopRuns = false;
 
-/// Counts a read, single or batched.
-void beAsked() { require(world().patience-- > 0, "a message that could have been spared"); }
+/// Counts a message, a single read or a batch. False when the application lets it wait until the system gives up.
+bool isAnswered(AXUIElementRef element) {
+  require(world().messages-- > 0, "a message that could have been spared");
+  const auto answers = world().answers.find(valueOf<Element>(element).pid);
+  return answers == world().answers.end() || answers->second-- > 0;
+}
 
 /// What an attribute holds; nothing when the element does not have it.
 const Held* attributeOf(AXUIElementRef element, CFTypeRef name) {
@@ -27,9 +31,9 @@ const Held* attributeOf(AXUIElementRef element, CFTypeRef name) {
 
 /// The answer of a call that fails, which may leave something in its out-parameter all the same.
 template <class Ref>
-AXError failure(Ref* value) {
+AXError failure(AXError error, Ref* value) {
   if (fails("an untouched out-parameter")) *value = give<Ref>(text("hunter2"));
-  return kAXErrorCannotComplete;
+  return error;
 }
 
 Held shown(AXUIElementRef element, const Held& value) {
@@ -61,23 +65,28 @@ Boolean AXValueGetValue(AXValueRef value, AXValueType type, void* result) {
 
 AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
   const auto found = std::ranges::find(world().applications, pid, &Application::pid);
-  return give<AXUIElementRef>(object(found != world().applications.end() ? found->tree : Element{}));
+  return give<AXUIElementRef>(element(found != world().applications.end() ? found->tree : Dictionary(), pid));
+}
+
+AXError AXUIElementGetPid(AXUIElementRef element, pid_t* pid) {
+  return *pid = valueOf<Element>(element).pid, kAXErrorSuccess;
 }
 
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
-  beAsked();
   require(*value == nullptr, "an out-parameter starts from null");
+  if (!isAnswered(element)) return failure(kAXErrorCannotComplete, value);
   const auto* const held = attributeOf(element, attribute);
-  if (held == nullptr || fails("a single " + valueOf<std::string>(attribute))) return failure(value);
+  if (fails("a single " + valueOf<std::string>(attribute))) return failure(kAXErrorFailure, value);
+  if (held == nullptr) return failure(kAXErrorAttributeUnsupported, value);
   *value = give<CFTypeRef>(shown(element, *held));
   return kAXErrorSuccess;
 }
 
 AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,
                                                AXCopyMultipleAttributeOptions options, CFArrayRef* values) {
-  beAsked();
   require(options == 0 && *values == nullptr, "a batch has no options, and its out-parameter starts from null");
-  if (fails(__func__)) return failure(values);
+  if (!isAnswered(element)) return failure(kAXErrorCannotComplete, values);
+  if (fails(__func__)) return failure(kAXErrorNotImplemented, values);
   List answers;
   for (const auto& attribute : valueOf<List>(attributes)) answers.push_back(batched(element, attribute.get()));
   if (fails("a full batch")) answers.pop_back();

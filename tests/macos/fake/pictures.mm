@@ -8,8 +8,9 @@
 
 #include "runtime.h"
 
+using namespace tavik;
 using namespace tavik::fake;
-using namespace tavik::platform;
+using platform::OwningApplication, platform::Rect, platform::StreamConfiguration, platform::Window;
 
 /// A block that captures C++ objects, as the compiler lays it out (clang.llvm.org/docs/Block-ABI-Apple.html).
 struct Block {
@@ -34,6 +35,12 @@ struct Picture {
   std::string story;
 };
 
+/// What of a display is captured: one window alone, or all of it.
+struct Filter {
+  Display display;
+  std::optional<Window> window;
+};
+
 struct Destination {
   Held data;
   std::string type, content = {};
@@ -41,6 +48,30 @@ struct Destination {
 
 std::string described(const Picture& picture) {
   return std::to_string(picture.width) + "x" + std::to_string(picture.height) + " " + picture.story;
+}
+
+CGRect toCG(const Rect& rect) { return CGRectMake(rect.x, rect.y, rect.width, rect.height); }
+
+std::string described(const Rect& rect) {
+  std::string text;
+  for (const double number : {rect.x, rect.y, rect.width, rect.height}) {
+    text += " " + std::to_string(static_cast<long>(number));
+  }
+  return text;
+}
+
+/// What a picture of this size shows: a part of the display, or all of it, scaled into the picture. A window alone is
+/// where it is on the display, and nothing around it.
+std::string shown(const Filter& filter, const std::optional<Rect>& part, double width, double height) {
+  const auto& [id, display] = filter.display;
+  const auto name = "display " + std::to_string(id);
+  if (!filter.window) return name + (part ? described(*part) : "");
+  const auto [x, y, sourceWidth, sourceHeight] = part.value_or(Rect{0, 0, display.width, display.height});
+  const auto& frame = filter.window->frame;
+  const double right = width / sourceWidth, down = height / sourceHeight;
+  const Rect place{(frame.x - display.x - x) * right, (frame.y - display.y - y) * down, frame.width * right,
+                   frame.height * down};
+  return "window " + std::to_string(filter.window->windowID) + " of " + name + " at" + described(place);
 }
 
 std::atomic<bool> windowServerIsReady = false;
@@ -139,17 +170,15 @@ TAVIK_ANSWER(-(pid_t)processID, valueOf<OwningApplication>(self).processID)
 
 @implementation SCDisplay
 TAVIK_ANSWER(-(CGDirectDisplayID)displayID, valueOf<Display>(self).displayID)
-TAVIK_ANSWER(-(NSInteger)width, valueOf<Display>(self).width)
-TAVIK_ANSWER(-(NSInteger)height, valueOf<Display>(self).height)
+TAVIK_ANSWER(-(NSInteger)width, static_cast<NSInteger>(valueOf<Display>(self).frame.width))
+TAVIK_ANSWER(-(NSInteger)height, static_cast<NSInteger>(valueOf<Display>(self).frame.height))
+TAVIK_ANSWER(-(CGRect)frame, toCG(valueOf<Display>(self).frame))
 @end
 
 @implementation SCWindow
 TAVIK_ANSWER(-(SCRunningApplication*)owningApplication,
              lend(valueOf<Window>(self).owningApplication, [SCRunningApplication class]))
-- (CGRect)frame {
-  const auto& [x, y, width, height] = valueOf<Window>(self).frame;
-  return CGRectMake(x, y, width, height);
-}
+TAVIK_ANSWER(-(CGRect)frame, toCG(valueOf<Window>(self).frame))
 TAVIK_ANSWER(-(CGWindowID)windowID, valueOf<Window>(self).windowID)
 TAVIK_ANSWER(-(BOOL)isOnScreen, valueOf<Window>(self).isOnScreen)
 TAVIK_ANSWER(-(NSInteger)windowLayer, valueOf<Window>(self).windowLayer)
@@ -160,7 +189,9 @@ TAVIK_ANSWER(-(NSInteger)windowLayer, valueOf<Window>(self).windowLayer)
                                onScreenWindowsOnly:(BOOL)onScreenWindowsOnly
                                  completionHandler:(void (^)(SCShareableContent*, NSError*))handler {
   require(!excludeDesktopWindows && onScreenWindowsOnly, "desktop windows too, but only those on screen");
-  answer("listing", object(world(), self), handler);
+  auto content = world();
+  std::erase_if(content.windows, [](const Window& window) { return !window.isOnScreen; });
+  answer("listing", object(content, self), handler);
 }
 TAVIK_ANSWER(-(NSArray*)displays, lend(valueOf<World>(self).displays, [SCDisplay class]))
 TAVIK_ANSWER(-(NSArray*)windows, lend(valueOf<World>(self).windows, [SCWindow class]))
@@ -169,13 +200,12 @@ TAVIK_ANSWER(-(NSArray*)windows, lend(valueOf<World>(self).windows, [SCWindow cl
 @implementation SCContentFilter
 - (instancetype)initWithDisplay:(SCDisplay*)display excludingWindows:(NSArray<SCWindow*>*)excluded {
   require(excluded.count == 0, "no window is left out");
-  anyOf(self) = "display " + std::to_string(display.displayID);
+  anyOf(self) = Filter{valueOf<Display>(display), std::nullopt};
   return self;
 }
 - (instancetype)initWithDisplay:(SCDisplay*)display includingWindows:(NSArray<SCWindow*>*)included {
   require(included.count == 1, "one window alone");
-  const auto number = std::to_string([included objectAtIndex:0].windowID);
-  anyOf(self) = "window " + number + " of display " + std::to_string(display.displayID);
+  anyOf(self) = Filter{valueOf<Display>(display), valueOf<Window>([included objectAtIndex:0])};
   return self;
 }
 @end
@@ -198,10 +228,7 @@ TAVIK_ANSWER(-(void)setQueueDepth : (NSInteger)depth, void(valueOf<StreamConfigu
              completionHandler:(void (^)(CGImageRef, NSError*))handler {
   const auto& [width, height, part, showsCursor, queueDepth] = valueOf<StreamConfiguration>(configuration);
   require(!showsCursor && queueDepth == 1, "one picture, without the cursor");
-  auto story = valueOf<std::string>(filter);
-  for (const double number : part ? std::vector{part->x, part->y, part->width, part->height} : std::vector<double>()) {
-    story += " " + std::to_string(static_cast<long>(number));
-  }
+  const auto story = shown(valueOf<Filter>(filter), part, static_cast<double>(width), static_cast<double>(height));
   const auto space = fails("CGImageGetColorSpace") ? nullptr : text("P3");
   const Picture picture{static_cast<std::size_t>(width), static_cast<std::size_t>(height), space, story};
   answer("capturing", object(picture), handler);

@@ -9,8 +9,10 @@ using AXValueRef = const struct __AXValue*;
 
 enum AXError : std::int32_t {
   kAXErrorSuccess = 0,
+  kAXErrorFailure = -25200,
   kAXErrorCannotComplete = -25204,
   kAXErrorAttributeUnsupported = -25205,
+  kAXErrorNotImplemented = -25208,
   kAXErrorNoValue = -25212,
 };
 enum AXValueType : std::uint32_t { kAXValueTypeCGPoint = 1, kAXValueTypeCGSize = 2, kAXValueTypeAXError = 5 };
@@ -21,6 +23,7 @@ Boolean AXIsProcessTrusted();
 
 CFTypeID AXUIElementGetTypeID();
 AXUIElementRef AXUIElementCreateApplication(pid_t pid);
+AXError AXUIElementGetPid(AXUIElementRef element, pid_t* pid);
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value);
 AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRef attributes,
                                                AXCopyMultipleAttributeOptions options, CFArrayRef* values);

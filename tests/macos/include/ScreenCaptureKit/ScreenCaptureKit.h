@@ -12,6 +12,7 @@
 @interface SCDisplay : NSObject
 @property(readonly) CGDirectDisplayID displayID;
 @property(readonly) NSInteger width, height;
+@property(readonly) CGRect frame;
 @end
 
 @interface SCWindow : NSObject

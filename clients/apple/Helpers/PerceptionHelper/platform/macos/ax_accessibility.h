@@ -7,7 +7,7 @@
 namespace tavik::platform::macos {
 
 /// The Accessibility API. Every read is a message to the application and blocks until it answers, or until the system
-/// gives up (after about 6 s).
+/// gives up, after seconds. A process that lets that happen is asked no more.
 std::unique_ptr<Accessibility> makeAccessibility();
 
 }  // namespace tavik::platform::macos

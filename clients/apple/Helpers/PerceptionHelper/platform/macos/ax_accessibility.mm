@@ -8,14 +8,18 @@
 namespace tavik::platform::macos {
 namespace {
 
-struct AXAccessibility final : Accessibility {
+class AXAccessibility final : public Accessibility {
+ public:
   bool isProcessTrusted() override { return AXIsProcessTrusted() != 0; }
 
   UIElementRef createApplication(std::int32_t processIdentifier) override {
-    return makeElement(adopted(AXUIElementCreateApplication(processIdentifier)));
+    return makeElement(adopted(AXUIElementCreateApplication(processIdentifier)), silent_);
   }
 
   void prefetch(const UIElementRef& element, const WalkPlan& plan) override { readInBatches(element, plan); }
+
+ private:
+  std::shared_ptr<SilentProcesses> silent_ = std::make_shared<SilentProcesses>();
 };
 
 }  // namespace

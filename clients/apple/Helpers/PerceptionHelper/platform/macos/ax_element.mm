@@ -13,7 +13,7 @@
 namespace tavik::platform::macos {
 namespace {
 
-static_assert(kAXErrorSuccess == 0);
+static_assert(kAXErrorSuccess == 0 && kAXErrorCannotComplete == -25204);
 
 constexpr std::string_view kChildren = "AXChildren";
 
@@ -27,8 +27,8 @@ struct Lineage {
 
 class AXElement final : public UIElement {
  public:
-  explicit AXElement(CFRef<AXUIElementRef> element)
-      : lineage_(std::make_shared<Lineage>(Lineage{.element = std::move(element)})) {}
+  AXElement(Lineage lineage, std::shared_ptr<SilentProcesses> silent)
+      : lineage_(std::make_shared<Lineage>(std::move(lineage))), silent_(std::move(silent)) {}
 
   std::optional<AttributeValue> copyAttributeValue(std::string_view name) override {
     if (const auto plan = std::exchange(plan_, std::nullopt)) readBatch(*plan);
@@ -46,19 +46,30 @@ class AXElement final : public UIElement {
     const auto attribute = makeString(name);
     CFRef<CFTypeRef> value;
     const bool isRead =
-        attribute && AXUIElementCopyAttributeValue(element(), attribute.get(), value.out()) == kAXErrorSuccess;
+        attribute && isAnswered([&] { return AXUIElementCopyAttributeValue(element(), attribute.get(), value.out()); });
     return isRead && value ? std::optional(valueOf(name, value.get())) : std::nullopt;
+  }
+
+  /// Sends the message, unless the element's process is silent. True when it succeeds.
+  template <class Message>
+  bool isAnswered(const Message& message) const {
+    pid_t process = 0;
+    AXUIElementGetPid(element(), &process);
+    if (silent_->contains(process)) return false;
+    const AXError error = message();
+    if (error == kAXErrorCannotComplete) silent_->insert(process);
+    return error == kAXErrorSuccess;
   }
 
   /// Of children, those that this element is itself below are left out: a tree that contains itself has no end.
   AttributeValue valueOf(std::string_view name, CFTypeRef object) const {
-    auto value = attributeValue(object);
-    auto* const children = name == kChildren ? std::get_if<std::vector<UIElementRef>>(&value) : nullptr;
-    if (children == nullptr) return value;
-    std::erase_if(*children, [this](const auto& child) { return isBelow(static_cast<AXElement&>(*child).element()); });
-    for (const auto& child : *children) {
-      auto& lineage = static_cast<AXElement&>(*child).lineage_;
-      lineage = std::make_shared<Lineage>(Lineage{.element = lineage->element, .parent = lineage_});
+    const auto parent = name == kChildren ? lineage_ : nullptr;
+    auto value = attributeValue(object, [&](CFRef<AXUIElementRef> element) {
+      return std::make_shared<AXElement>(Lineage{.element = std::move(element), .parent = parent}, silent_);
+    });
+    auto* const elements = std::get_if<std::vector<UIElementRef>>(&value);
+    if (parent && elements != nullptr) {
+      std::erase_if(*elements, [&](const auto& child) { return isBelow(static_cast<AXElement&>(*child).element()); });
     }
     return value;
   }
@@ -72,6 +83,7 @@ class AXElement final : public UIElement {
   void readBatch(const WalkPlan& plan);
 
   std::shared_ptr<const Lineage> lineage_;
+  std::shared_ptr<SilentProcesses> silent_;
   std::optional<WalkPlan> plan_ = {};  ///< nothing: no batch is to be read, or it has been
   Answers answers_ = {};
 };
@@ -100,11 +112,12 @@ void markChildren(const AttributeValue& children, const WalkPlan& plan) {
 void AXElement::readBatch(const WalkPlan& plan) {
   const std::vector names = plan.maxDepth > 0 ? std::vector(plan.attributes.begin(), plan.attributes.end())
                                               : withoutChildren(plan.attributes);
-  constexpr AXCopyMultipleAttributeOptions kNoOptions{};
   CFRef<CFArrayRef> values;
-  const auto error =
-      AXUIElementCopyMultipleAttributeValues(element(), makeArray(names).get(), kNoOptions, values.out());
-  if (error != kAXErrorSuccess || !values || CFArrayGetCount(values.get()) != std::ssize(names)) return;
+  const bool isRead = isAnswered([&] {
+    constexpr AXCopyMultipleAttributeOptions kNoOptions{};
+    return AXUIElementCopyMultipleAttributeValues(element(), makeArray(names).get(), kNoOptions, values.out());
+  });
+  if (!isRead || !values || CFArrayGetCount(values.get()) != std::ssize(names)) return;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const CFTypeRef value = CFArrayGetValueAtIndex(values.get(), static_cast<CFIndex>(i));
     if (value == nullptr) continue;
@@ -123,7 +136,9 @@ void AXElement::readBatch(const WalkPlan& plan) {
 
 }  // namespace
 
-UIElementRef makeElement(CFRef<AXUIElementRef> element) { return std::make_shared<AXElement>(std::move(element)); }
+UIElementRef makeElement(CFRef<AXUIElementRef> element, std::shared_ptr<SilentProcesses> silent) {
+  return std::make_shared<AXElement>(Lineage{.element = std::move(element)}, std::move(silent));
+}
 
 void readInBatches(const UIElementRef& element, const WalkPlan& plan) {
   static_cast<AXElement&>(*element).readInBatches(plan);

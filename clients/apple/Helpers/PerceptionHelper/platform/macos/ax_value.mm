@@ -1,9 +1,7 @@
 #include "platform/macos/ax_value.h"
 
-#include <ApplicationServices/ApplicationServices.h>
 #include <optional>
 
-#include "platform/macos/ax_element.h"
 #include "platform/macos/cf_string.h"
 
 namespace tavik::platform::macos {
@@ -34,7 +32,9 @@ double numberOf(CFNumberRef number) {
   return value;
 }
 
-AttributeValue elementsOf(CFArrayRef array) {
+using MakeElement = std::function<UIElementRef(CFRef<AXUIElementRef>)>;
+
+AttributeValue elementsOf(CFArrayRef array, const MakeElement& makeElement) {
   std::vector<UIElementRef> elements;
   for (CFIndex i = 0; i < CFArrayGetCount(array); ++i) {
     const CFTypeRef member = CFArrayGetValueAtIndex(array, i);
@@ -54,12 +54,12 @@ std::optional<AXError> errorOf(CFTypeRef value) { return contentOf<AXError>(valu
 
 }  // namespace
 
-AttributeValue attributeValue(CFTypeRef value) {
+AttributeValue attributeValue(CFTypeRef value, const MakeElement& makeElement) {
   const CFTypeID type = CFGetTypeID(value);
   if (type == CFStringGetTypeID()) return utf8Of(as<CFStringRef>(value));
   if (type == CFBooleanGetTypeID()) return CFBooleanGetValue(as<CFBooleanRef>(value)) != 0;
   if (type == CFNumberGetTypeID()) return numberOf(as<CFNumberRef>(value));
-  if (type == CFArrayGetTypeID()) return elementsOf(as<CFArrayRef>(value));
+  if (type == CFArrayGetTypeID()) return elementsOf(as<CFArrayRef>(value), makeElement);
   if (type == AXUIElementGetTypeID()) return makeElement(retained(as<AXUIElementRef>(value)));
   return geometryOf(value);
 }

@@ -1,6 +1,7 @@
 #include "platform/macos/sc_screen_capture.h"
 
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
+#include <cmath>
 #include <utility>
 
 #include "platform/macos/cg_image.h"
@@ -53,17 +54,22 @@ SCWindow* findWindow(SCShareableContent* content, std::uint32_t windowID) {
   return nil;
 }
 
-/// Nil when the display or the window is not in the content.
-ObjCRef<SCContentFilter*> makeFilter(SCShareableContent* content, const ContentFilter& filter) {
-  SCDisplay* const display = findDisplay(content, filter.display.displayID);
-  SCWindow* const window = filter.includedWindow ? findWindow(content, filter.includedWindow->windowID) : nil;
-  if (display == nil || (filter.includedWindow && window == nil)) return {};
+/// The window alone, or, where it is nil, the whole display.
+ObjCRef<SCContentFilter*> makeFilter(SCDisplay* display, SCWindow* window) {
   if (window != nil) {
     NSArray<SCWindow*>* const alone = [NSArray arrayWithObject:window];
     return adopted([[SCContentFilter alloc] initWithDisplay:display includingWindows:alone]);
   }
   const auto none = adopted([NSArray<SCWindow*> new]);
   return adopted([[SCContentFilter alloc] initWithDisplay:display excludingWindows:none.get()]);
+}
+
+/// Where the window is on the display, in points. Whole ones, as the picture of a window has: a pixel is a point.
+Rect placeOf(SCWindow* window, SCDisplay* display) {
+  const CGRect frame = [window frame];
+  const CGPoint origin = [display frame].origin;
+  return {frame.origin.x - origin.x, frame.origin.y - origin.y, std::trunc(frame.size.width),
+          std::trunc(frame.size.height)};
 }
 
 /// The numbers reach the system unchecked, negative ones too.
@@ -98,10 +104,16 @@ class ScreenCaptureKit final : public ScreenCapture {
 
   void captureImage(const ContentFilter& filter, const StreamConfiguration& configuration,
                     CompletionHandler<ImageRef> completionHandler) override {
-    const auto contentFilter = makeFilter(content_.get(), filter);
-    if (contentFilter.get() == nil) return completionHandler(PlatformError{"this content has not been listed"});
-    [SCScreenshotManager captureImageWithFilter:contentFilter.get()
-                                  configuration:makeConfiguration(configuration).get()
+    SCDisplay* const display = findDisplay(content_.get(), filter.display.displayID);
+    SCWindow* const window = filter.includedWindow ? findWindow(content_.get(), filter.includedWindow->windowID) : nil;
+    if (display == nil || (filter.includedWindow && window == nil)) {
+      return completionHandler(PlatformError{"this content has not been listed"});
+    }
+    // A filter with windows has the extent of its display: the source rectangle narrows it to the window.
+    auto narrowed = configuration;
+    if (window != nil && !narrowed.sourceRect) narrowed.sourceRect = placeOf(window, display);
+    [SCScreenshotManager captureImageWithFilter:makeFilter(display, window).get()
+                                  configuration:makeConfiguration(narrowed).get()
                               completionHandler:^(CGImageRef image, NSError* error) {
                                 if (error != nil || image == nullptr) return completionHandler(toError(error));
                                 completionHandler(makeImage(retained(image)));
