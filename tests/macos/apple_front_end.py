@@ -15,7 +15,7 @@ from pathlib import Path
 
 HERE, COMPILER, PROGRAM = Path(__file__).resolve().parent, sys.argv[1], Path(sys.argv[2]).resolve()
 GOLDEN = HERE / "imported_symbols.txt"
-FRAMEWORK_SYMBOL = re.compile(r"\bU? ?_(OBJC_CLASS_\$_\w+|_*k?(?:AX|CF|CG|NS)\w+)$", re.MULTILINE)
+FRAMEWORK_SYMBOL = re.compile(r"\bU? ?_(OBJC_CLASS_\$_\w+|_*k?(?:AX|CF|CG|NS|dispatch)\w+)$", re.MULTILINE)
 FLAGS = ["-std=c++20", "-fobjc-arc", "-Wall", "-Wextra", "-Wunguarded-availability", "-Werror", f"-I{PROGRAM}"]
 # There is no C++ library for Apple's systems here: GCC's stands in, whose headers take the compiler for one of Linux.
 STANDIN = ["-U__nonnull", "-D_GNU_SOURCE", "-nostdinc++", f"-I{HERE / 'include'}"]

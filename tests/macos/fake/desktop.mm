@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <unistd.h>
+#include <dispatch/dispatch.h>
+#include <functional>
 
 #include "runtime.h"
 
@@ -11,6 +12,8 @@ using namespace tavik::fake;
 
 namespace {
 
+/// What the main queue has to do, one piece at a time.
+std::atomic<std::function<void()>*> mainWork = nullptr;
 std::atomic<bool> mainLoopRuns = false;
 
 /// Counts a message, a single read or a batch. False when the application lets it wait until the system gives up.
@@ -95,10 +98,27 @@ AXError AXUIElementCopyMultipleAttributeValues(AXUIElementRef element, CFArrayRe
 }
 
 void CFRunLoopRun() {
-  require(::gettid() == ::getpid(), "the main thread serves the main loop");
+  require(isMainThread(), "the main thread serves the main loop");
   mainLoopRuns = true;
   mainLoopRuns.notify_all();
-  while (true) ::pause();
+  while (true) {
+    mainWork.wait(nullptr);
+    (*mainWork)();
+    mainWork = nullptr;
+    mainWork.notify_all();
+  }
+}
+
+struct dispatch_queue_s {
+  int nothing;
+} _dispatch_main_q;
+
+void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
+  require(queue == &_dispatch_main_q && !isMainThread(), "what waits for the main queue is not on it");
+  std::function<void()> piece = [=] { work(context); };
+  mainWork = &piece;
+  mainWork.notify_all();
+  mainWork.wait(&piece);
 }
 
 @implementation NSWorkspace
@@ -125,7 +145,10 @@ TAVIK_ANSWER(-(NSApplicationActivationPolicy)activationPolicy,
 @end
 
 @implementation NSScreen
-TAVIK_ANSWER(+(NSScreen*)mainScreen, lend(world().scale, self))
++ (NSScreen*)mainScreen {
+  require(isMainThread(), "screens are the main thread's");
+  return lend(world().scale, self);
+}
 TAVIK_ANSWER(-(NSDictionary*)deviceDescription, lend(object(world().screen)))
 TAVIK_ANSWER(-(CGFloat)backingScaleFactor, valueOf<double>(self))
 @end

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <unistd.h>
 
 #include "runtime.h"
 #include "text/utf8.h"
@@ -40,6 +41,8 @@ World& world() {
 }
 
 bool fails(const std::string& operation) { return world().failing.contains(operation); }
+
+bool isMainThread() { return ::gettid() == ::getpid(); }
 
 void require(bool condition, const char* what) {
   if (condition) return;

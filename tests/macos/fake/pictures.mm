@@ -47,7 +47,8 @@ struct Destination {
 };
 
 std::string described(const Picture& picture) {
-  return std::to_string(picture.width) + "x" + std::to_string(picture.height) + " " + picture.story;
+  const auto number = [](std::size_t side) { return std::to_string(static_cast<long>(side)); };
+  return number(picture.width) + "x" + number(picture.height) + " " + picture.story;
 }
 
 CGRect toCG(const Rect& rect) { return CGRectMake(rect.x, rect.y, rect.width, rect.height); }
@@ -159,6 +160,7 @@ bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
 void tavik::fake::waitForHandlers() { delivery = {}; }
 
 CGDirectDisplayID CGMainDisplayID() {
+  require(!isMainThread(), "nothing is connected before the pass needs it");
   windowServerIsReady = true;
   return 1;
 }

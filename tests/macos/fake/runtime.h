@@ -11,6 +11,8 @@ namespace tavik::fake {
 
 void require(bool condition, const char* what);
 
+bool isMainThread();
+
 /// A new object of this class.
 Held object(const std::any& value, Class kind);
 template <class Ref>

@@ -1,6 +1,7 @@
 #include "platform/macos/ns_workspace.h"
 
 #import <AppKit/AppKit.h>
+#include <dispatch/dispatch.h>
 
 #include "platform/geometry.h"
 #include "platform/macos/ns_string.h"
@@ -46,6 +47,17 @@ std::optional<std::int64_t> integerOf(id object) {
   return integer && static_cast<double>(*integer) == [object doubleValue] ? integer : std::nullopt;
 }
 
+/// Puts it into `result`, an optional screen.
+void readMainScreen(void* result) {
+  @autoreleasepool {
+    NSScreen* const screen = [NSScreen mainScreen];
+    if (screen == nil) return;
+    *static_cast<std::optional<Screen>*>(result) =
+        Screen{.screenNumber = integerOf([[screen deviceDescription] objectForKey:@"NSScreenNumber"]),
+               .backingScaleFactor = [screen backingScaleFactor]};
+  }
+}
+
 struct AppKitWorkspace final : Workspace {
   std::vector<RunningApplicationRef> runningApplications() override {
     return toApplications([[NSWorkspace sharedWorkspace] runningApplications]);
@@ -63,10 +75,10 @@ struct AppKitWorkspace final : Workspace {
   }
 
   std::optional<Screen> mainScreen() override {
-    NSScreen* const screen = [NSScreen mainScreen];
-    if (screen == nil) return std::nullopt;
-    return Screen{.screenNumber = integerOf([[screen deviceDescription] objectForKey:@"NSScreenNumber"]),
-                  .backingScaleFactor = [screen backingScaleFactor]};
+    std::optional<Screen> screen;
+    // AppKit's screens are the main thread's, which is in its run loop.
+    dispatch_sync_f(dispatch_get_main_queue(), &screen, readMainScreen);
+    return screen;
   }
 };
 

@@ -1,4 +1,3 @@
-#import <CoreGraphics/CoreGraphics.h>
 #import <Foundation/Foundation.h>
 #include <cstdlib>
 #include <thread>
@@ -8,7 +7,6 @@
 namespace tavik::platform {
 
 void runToExit(const std::function<std::int32_t()>& pass) {
-  CGMainDisplayID();  // connects a tool without a user interface to the window server
   std::thread worker([pass] {
     std::int32_t status = 0;
     @autoreleasepool {

@@ -91,6 +91,7 @@ class ScreenCaptureKit final : public ScreenCapture {
 
   void getShareableContent(const ShareableContentOptions& options,
                            CompletionHandler<ShareableContent> completionHandler) override {
+    CGMainDisplayID();  // connects a tool without a user interface to the window server
     [SCShareableContent getShareableContentExcludingDesktopWindows:options.excludingDesktopWindows ? YES : NO
                                                onScreenWindowsOnly:options.onScreenWindowsOnly ? YES : NO
                                                  completionHandler:^(SCShareableContent* content, NSError* error) {
