@@ -58,7 +58,9 @@ void handle(int signal, void (*handler)(int)) {
 /// So that a handler has room when the stack has none left.
 void useOwnStackForHandlers() {
   static std::array<std::byte, std::size_t{64} * 1024> room;
-  const stack_t stack{.ss_sp = room.data(), .ss_flags = 0, .ss_size = room.size()};
+  stack_t stack{};  // whose members have another order on every system
+  stack.ss_sp = room.data();
+  stack.ss_size = room.size();
   ::sigaltstack(&stack, nullptr);
 }
 
