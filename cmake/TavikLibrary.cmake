@@ -1,7 +1,8 @@
 # Warnings that every target of ours is built with. Headers of other projects are system headers and stay quiet.
 add_library(tavik_warnings INTERFACE)
 target_compile_options(tavik_warnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+  $<$<BOOL:${TAVIK_WARNINGS_AS_ERRORS}>:-Werror>)
 
 # What makes a fault harder to exploit: the release is built with it, as distributions build theirs.
 add_library(tavik_hardening INTERFACE)

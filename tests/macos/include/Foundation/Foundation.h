@@ -25,14 +25,12 @@ __attribute__((objc_root_class))
 + (Class)class;
 - (instancetype)init;
 - (BOOL)isKindOfClass:(Class)kind;
-#if !__has_feature(objc_arc)
 - (instancetype)retain;
 - (void)release;
 @end
 
 @interface NSAutoreleasePool : NSObject
 - (void)drain;
-#endif
 @end
 
 @interface NSString : NSObject

@@ -17,12 +17,11 @@ template <std::convertible_to<id> Object>
 template <std::convertible_to<id> Object>
 [[nodiscard]] ObjCRef<Object> retained(Object borrowed);
 
-/// One reference to an Objective-C object, or none; with automatic reference counting and without.
+/// One reference to an Objective-C object, or none.
 template <std::convertible_to<id> Object>
 class ObjCRef {
  public:
   ObjCRef() = default;
-#if !__has_feature(objc_arc)
   ObjCRef(const ObjCRef& other) : object_([other.object_ retain]) {}
   ObjCRef(ObjCRef&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
   ObjCRef& operator=(ObjCRef other) noexcept {
@@ -30,7 +29,6 @@ class ObjCRef {
     return *this;
   }
   ~ObjCRef() { [object_ release]; }
-#endif
 
   Object get() const { return object_; }
 
@@ -48,11 +46,7 @@ ObjCRef<Object> adopted(Object owned) {
 
 template <std::convertible_to<id> Object>
 ObjCRef<Object> retained(Object borrowed) {
-#if __has_feature(objc_arc)
-  return adopted(borrowed);
-#else
   return adopted([borrowed retain]);
-#endif
 }
 
 }  // namespace tavik::platform::macos
