@@ -57,9 +57,10 @@ struct ContentFilter {
 
 /// How it is captured (SCStreamConfiguration). Members that nobody sets have the platform's defaults.
 struct StreamConfiguration {
-  std::int64_t width = 1920;            ///< of the image, in pixels
-  std::int64_t height = 1080;           ///< of the image, in pixels
-  std::optional<Rect> sourceRect = {};  ///< the part of the display, in its own coordinates; all of it when absent
+  std::int64_t width = 1920;   ///< of the image, in pixels
+  std::int64_t height = 1080;  ///< of the image, in pixels
+  std::optional<Rect> sourceRect =
+      {};  ///< the part of the display, in its own coordinates; when absent, all that the filter captures
   bool showsCursor = true;
   std::int64_t queueDepth = 8;
 };
