@@ -103,37 +103,30 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
   return tavik::text::isValidUTF8(value) ? give<CFStringRef>(text(value)) : nullptr;
 }
 
-/// How many units of UTF-16 a byte stands for: none continues, a surrogate pair is the first byte of four.
-static CFIndex unitsOf(char byte) { return (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1; }
-
-CFIndex CFStringGetLength(CFStringRef string) {
+/// The length in UTF-16: a continuation byte counts for nothing, the first byte of four for a surrogate pair.
+static CFIndex unitsIn(const std::string& bytes) {
   CFIndex units = 0;
-  for (const char byte : valueOf<std::string>(string)) units += unitsOf(byte);
+  for (const char byte : bytes) units += (byte & 0xC0) == 0x80 ? 0 : (byte & 0xF8) == 0xF0 ? 2 : 1;
   return units;
 }
+
+CFIndex CFStringGetLength(CFStringRef string) { return unitsIn(valueOf<std::string>(string)); }
 
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
                          Boolean isExternal, UInt8* buffer, CFIndex size, CFIndex* used) {
   require(range.location + range.length == CFStringGetLength(string), "the range ends with the string");
   require(encoding == kCFStringEncodingUTF8 && isExternal == 0, "UTF-8 without a byte-order mark");
-  std::string bytes;
-  CFIndex unit = 0, converted = 0;
-  for (char byte : valueOf<std::string>(string)) {
-    const bool isInRange = unit + unitsOf(byte) > range.location;
-    unit += unitsOf(byte);
-    if (!isInRange) continue;
-    if (byte == kUnpairedSurrogate) {
-      // The loss byte counts only where the string does not have all of its characters in one place.
-      if (lossByte == 0 || !fails("characters in one place")) break;
-      byte = static_cast<char>(lossByte);
-    }
-    bytes += byte;
-    converted = unit - range.location;
-  }
+  auto bytes = valueOf<std::string>(string);
+  while (unitsIn(bytes) > range.length || (!bytes.empty() && tavik::text::isContinuationByte(bytes[0])))
+    bytes.erase(0, 1);
+  // The loss byte counts only where the string does not have all of its characters in one place.
+  if (lossByte == 0 || !fails("characters in one place"))
+    bytes.resize(std::min(bytes.size(), bytes.find(kUnpairedSurrogate)));
+  std::ranges::replace(bytes, kUnpairedSurrogate, static_cast<char>(lossByte));
   require(buffer == nullptr || std::ssize(bytes) <= size, "the string fits");
   if (buffer != nullptr) std::memcpy(buffer, bytes.data(), bytes.size());
   *used = std::ssize(bytes);
-  return converted;
+  return unitsIn(bytes);
 }
 
 Boolean CFBooleanGetValue(CFBooleanRef boolean) { return valueOf<bool>(boolean); }

@@ -30,7 +30,7 @@ namespace {
 
 /// An image, and a bitmap context: its size, its colour space (or none), and how its content came about.
 struct Picture {
-  std::size_t width, height;
+  long width, height;
   Held space;
   std::string story;
 };
@@ -47,8 +47,7 @@ struct Destination {
 };
 
 std::string described(const Picture& picture) {
-  const auto number = [](std::size_t side) { return std::to_string(static_cast<long>(side)); };
-  return number(picture.width) + "x" + number(picture.height) + " " + picture.story;
+  return std::to_string(picture.width) + "x" + std::to_string(picture.height) + " " + picture.story;
 }
 
 CGRect toCG(const Rect& rect) { return CGRectMake(rect.x, rect.y, rect.width, rect.height); }
@@ -105,8 +104,8 @@ void answer(const std::string& operation, Held value, void (^handler)(Value, NSE
 
 const CFStringRef kCGImageDestinationLossyCompressionQuality = CFSTR("quality");
 
-std::size_t CGImageGetWidth(CGImageRef image) { return valueOf<Picture>(image).width; }
-std::size_t CGImageGetHeight(CGImageRef image) { return valueOf<Picture>(image).height; }
+std::size_t CGImageGetWidth(CGImageRef image) { return std::size_t(valueOf<Picture>(image).width); }
+std::size_t CGImageGetHeight(CGImageRef image) { return std::size_t(valueOf<Picture>(image).height); }
 CGColorSpaceRef CGImageGetColorSpace(CGImageRef image) { return as<CGColorSpaceRef>(valueOf<Picture>(image).space); }
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB() { return give<CGColorSpaceRef>(text("device RGB")); }
 
@@ -115,7 +114,8 @@ CGContextRef CGBitmapContextCreate(void* data, std::size_t width, std::size_t he
   require(data == nullptr && bitsPerComponent == 8 && bytesPerRow == 0 && bitmapInfo == 1,
           "a bitmap of its own, 8 bits, premultiplied alpha last");
   if (width == 0 || height == 0 || fails(__func__)) return nullptr;
-  return give<CGContextRef>(object(Picture{width, height, retain(space), "in " + valueOf<std::string>(space)}));
+  return give<CGContextRef>(
+      object(Picture{long(width), long(height), retain(space), "in " + valueOf<std::string>(space)}));
 }
 
 void CGContextSetInterpolationQuality(CGContextRef context, CGInterpolationQuality quality) {
@@ -232,7 +232,6 @@ TAVIK_ANSWER(-(void)setQueueDepth : (NSInteger)depth, void(valueOf<StreamConfigu
   require(!showsCursor && queueDepth == 1, "one picture, without the cursor");
   const auto story = shown(valueOf<Filter>(filter), part, static_cast<double>(width), static_cast<double>(height));
   const auto space = fails("CGImageGetColorSpace") ? nullptr : text("P3");
-  const Picture picture{static_cast<std::size_t>(width), static_cast<std::size_t>(height), space, story};
-  answer("capturing", object(picture), handler);
+  answer("capturing", object(Picture{width, height, space, story}), handler);
 }
 @end
