@@ -132,7 +132,14 @@ void judgePictures(const DesktopFacts& facts, Findings& findings) {
         "has none.",
         "Install with cmake --install, into /usr/local, /usr or ~/.local, and run kbuildsycoca5 once.");
   }
-  if (facts.mayCapture) return ok(findings, kPictures, "Pictures can be taken.");
+  if (facts.mayCapture) {
+    const bool hasNoWindows = facts.isCompositorReachable && !facts.tellsWindows;
+    return ok(findings, kPictures,
+              hasNoWindows
+                  ? "Pictures can be taken: of windows through XWayland, and of the screen where the compositor "
+                    "tells who is in front."
+                  : "Pictures can be taken.");
+  }
   const bool hasDisplay = facts.isXReachable || facts.isCompositorReachable;
   fault(
       findings, kPictures, "Pictures cannot be taken (screen_recording_permission_required).",
