@@ -62,7 +62,7 @@ def faults_of(build: Path) -> list[str]:
     faults = [f"Info.plist says {said.get(key)} for {key}" for key, value in wanted.items() if said.get(key) != value]
     (build / "tavik-perception-helper").touch()
     run("cmake", "--install", build, "--prefix", build / "installed")
-    [program] = (build / "installed").rglob("tavik-perception-helper")
+    [program] = filter(Path.is_file, (build / "installed").rglob("tavik-perception-helper"))
     if not program.with_name("perception-sensitive-apps.yaml").is_file():  # the main bundle of a bare executable
         faults.append("the policy is not installed beside the program")
     return faults
