@@ -44,11 +44,11 @@ def decorated_part(client: str) -> str:
 
 
 def wrong_pixels(png: bytes, screen: str, part: str) -> str:
-    """Without the rows in which Mutter and Marco round the corners, on the screen alone."""
+    """Without the rows in which Mutter, Muffin and Marco round the corners, on the screen alone."""
     size = part.partition("+")[0]
     if (seen := size_and_type(png).split()[0]) != size:
         return f"{seen} instead of {size}"
-    rows = ("+repage", "-shave", f"0x{8 if MANAGER in ('mutter', 'marco') else 0}", "+repage")
+    rows = ("+repage", "-shave", f"0x{8 if MANAGER in ('mutter', 'muffin', 'marco') else 0}", "+repage")
     expected = f"{screen}.png"
     tool("/usr/bin/convert", screen, "-crop", part, *rows, expected)
     return differing_pixels(output_of("/usr/bin/convert", "png:-", *rows, "png:-", stdin=png), expected)
