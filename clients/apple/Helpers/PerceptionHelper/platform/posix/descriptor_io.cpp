@@ -35,12 +35,12 @@ bool shouldTryAgain(int descriptor, short event, Clock::time_point deadline = kN
 }  // namespace
 
 ReadResult readToEnd(int descriptor, const ReadLimits& limits) {
-  constexpr std::size_t kLeastRoom = std::size_t{64} * 1024;
+  constexpr std::size_t kLeastRoom = 4096;  // a page: every fresh one costs more than a call
   const auto deadline = limits.patience ? Clock::now() + withinRunTime(*limits.patience) : kNever;
   ReadResult result;
   std::size_t size = 0;
   while (size <= limits.bytes) {
-    if (result.bytes.size() - size < kLeastRoom) result.bytes.resize(std::max(2 * size, size + kLeastRoom));
+    if (size == result.bytes.size()) result.bytes.resize(std::max({2 * size, limits.expected + 1, kLeastRoom}));
     const auto count = ::read(descriptor, result.bytes.data() + size, result.bytes.size() - size);
     if (count > 0) {
       size += static_cast<std::size_t>(count);

@@ -19,6 +19,7 @@ struct ReadResult {
 /// How much is read, and how long a descriptor that does not block is waited for.
 struct ReadLimits {
   std::size_t bytes = std::numeric_limits<std::size_t>::max();
+  std::size_t expected = 0;                                ///< how many bytes there will be, if that is known
   std::optional<std::chrono::milliseconds> patience = {};  ///< in all; no limit when absent
 };
 

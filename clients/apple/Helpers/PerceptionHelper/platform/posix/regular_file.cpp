@@ -47,7 +47,7 @@ std::optional<std::string> readRegularFile(const std::string& path, std::size_t 
   const auto file = open(path);
   off_t size = 0;
   if (typeOf(file, size) != S_IFREG || std::cmp_greater(size, limit)) return std::nullopt;
-  return wholeOf(readToEnd(file.get(), {.bytes = limit}));
+  return wholeOf(readToEnd(file.get(), {.bytes = limit, .expected = static_cast<std::size_t>(size)}));
 }
 
 std::optional<std::string> readFileOrPipe(const std::string& path, const ReadLimits& limits) {
@@ -55,7 +55,11 @@ std::optional<std::string> readFileOrPipe(const std::string& path, const ReadLim
   if (!file.isOpen() && isShortOfResources()) throw std::bad_alloc();
   off_t size = 0;
   const auto type = typeOf(file, size);
-  if (type == S_IFREG && std::cmp_less_equal(size, limits.bytes)) return wholeOf(readToEnd(file.get(), limits));
+  if (type == S_IFREG && std::cmp_less_equal(size, limits.bytes)) {
+    auto known = limits;
+    known.expected = static_cast<std::size_t>(size);
+    return wholeOf(readToEnd(file.get(), known));
+  }
   if (type != S_IFIFO) return std::nullopt;
   auto text = wholeOf(readToEnd(file.get(), limits));
   return text && !text->empty() ? text : std::nullopt;

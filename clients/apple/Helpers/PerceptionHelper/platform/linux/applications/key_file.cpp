@@ -8,11 +8,12 @@
 namespace tavik::platform::applications {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\f\v";
+bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r' && c != '\n'); }
 
 std::string_view withoutBlanks(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 /// What comes before a separator, or all; `text` goes on behind it.
