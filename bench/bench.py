@@ -16,6 +16,8 @@ from pathlib import Path
 from cases import BUILD, CASES, PHASES, PROGRAM, SERIES, Bound, Case, Point
 
 RUNS = 11
+PAIRS = 15  # of a program's run and its yardstick's, behind those that only warm
+WARMING = 2
 HEADINGS = ("case", "ms", "CPU ms", "MB", "yardstick", "ms", "CPU ms", "MB", "bounds")
 
 
@@ -46,8 +48,12 @@ def row(name: str, program: Cost, yardstick_name: str, yardstick: Cost | None, b
     return {"case": name, "yardstick": yardstick_name, "bounds": bounds} | both
 
 
-def judged(bound: Bound, value: float) -> dict:
-    return asdict(bound) | {"value": value, "kept": value <= bound.limit if bound.is_upper else value >= bound.limit}
+def judged(bound: Bound, values: list[float]) -> dict:
+    """By the median of what each pair gave, which is steadier than that of two medians."""
+    value = statistics.median(values)
+    lower, _, upper = statistics.quantiles(values) if len(values) > 1 else [value] * 3
+    kept = value <= bound.limit if bound.is_upper else value >= bound.limit
+    return asdict(bound) | {"value": value, "quartiles": [lower, upper], "kept": kept}
 
 
 def measure(case: Case) -> dict:
@@ -56,15 +62,13 @@ def measure(case: Case) -> dict:
         request = Path(folder, "request.json")
         request.write_text(json.dumps(case.request), encoding="utf-8")
         commands = ((PROGRAM,), case.yardstick)
-        for command in commands:
-            run_once(command, request)  # warms what is read from files
-        runs = [[run_once(command, request) for command in commands] for _ in range(RUNS)]
-    program, yardstick = (cost(list(of_one)) for of_one in zip(*runs))
+        pairs = [[run_once(command, request) for command in commands] for _ in range(WARMING + PAIRS)][WARMING:]
+    program, yardstick = (cost(list(of_one)) for of_one in zip(*pairs))
     values = {
-        "times the yardstick's": program.wall_ms / yardstick.wall_ms,
-        "times as fast": yardstick.wall_ms / program.wall_ms,
-        "times the bytes": program.bytes * 3 / 4 / max(yardstick.bytes, 1),  # the program writes base64
-        "MB": program.peak_mb,
+        "times the yardstick's": [ours[0] / theirs[0] for ours, theirs in pairs],
+        "times as fast": [theirs[0] / ours[0] for ours, theirs in pairs],
+        "times the bytes": [program.bytes * 3 / 4 / max(yardstick.bytes, 1)],  # the program writes base64
+        "MB": [program.peak_mb],
     }
     return row(case.name, program, case.yardstick_name, yardstick, [judged(b, values[b.unit]) for b in case.bounds])
 
@@ -77,10 +81,10 @@ def core_rows() -> list[dict]:
         name, program, yardstick = line.split("\t")
         ours, theirs = float(program), float(yardstick)
         if theirs:
-            bound = judged(Bound(2, "times the yardstick's"), ours / theirs)
+            bound = judged(Bound(2, "times the yardstick's"), [ours / theirs])
             rows.append(row(name, Cost(ours), "the JSON library's writing", Cost(theirs), [bound]))
         else:
-            rows.append(row(name, Cost(ours), "", None, [judged(Bound(5, "ms"), ours)]))
+            rows.append(row(name, Cost(ours), "", None, [judged(Bound(5, "ms"), [ours])]))
     return rows
 
 
@@ -120,7 +124,10 @@ def figures(cost: dict | None) -> list[str]:
 
 def shown(bound: dict) -> str:
     side = "at most" if bound["is_upper"] else "at least"
-    return f"{bound['value']:.2f} {bound['unit']} ({side} {bound['limit']:g}{'' if bound['kept'] else ': MISSED'})"
+    lower, upper = bound["quartiles"]
+    spread = f"{lower:.2f} to {upper:.2f}, " if lower < upper else ""
+    missed = "" if bound["kept"] else ": MISSED"
+    return f"{bound['value']:.2f} {bound['unit']} ({spread}{side} {bound['limit']:g}{missed})"
 
 
 def report(rows: list[dict]) -> str:
