@@ -65,8 +65,7 @@ void judgeOtherCompositor(const DesktopFacts& facts, Findings& findings) {
   }
   hint(findings, kDesktop,
        "This compositor does not tell whose its windows are: only applications on the accessibility bus, and those "
-       "that run "
-       "through XWayland, can be looked at, and native windows have no pictures.",
+       "that run through XWayland, can be looked at, and native windows have no pictures.",
        "Start an application that is wanted with a picture through XWayland (GDK_BACKEND=x11, QT_QPA_PLATFORM=xcb).");
 }
 
@@ -76,8 +75,7 @@ void judgeWayland(const DesktopFacts& facts, Findings& findings) {
     if (facts.variables.sessionType == "wayland") {
       fault(findings, kDesktop,
             "The session is one of Wayland (XDG_SESSION_TYPE), but WAYLAND_DISPLAY is not set: windows that speak "
-            "Wayland "
-            "cannot be seen.",
+            "Wayland cannot be seen.",
             kPassOn);
     }
     return;

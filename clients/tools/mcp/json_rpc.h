@@ -8,7 +8,7 @@
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 
-/// JSON-RPC 2.0 (jsonrpc.org/specification), a message a line, as the Model Context Protocol's stdio transport has it.
+/// JSON-RPC 2.0 (jsonrpc.org), a message a line, as the Model Context Protocol's stdio transport has it.
 namespace tavik::mcp {
 
 /// The codes of JSON-RPC's errors, and of those that MCP's revision 2026-07-28 adds.

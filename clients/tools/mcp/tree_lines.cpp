@@ -10,6 +10,7 @@
 #include <boost/json/array.hpp>
 #include <boost/json/value.hpp>
 
+#include "accessibility/walk_ax_element.h"
 #include "text/caseless_equal.h"
 #include "tools/mcp/json_members.h"
 
@@ -18,9 +19,7 @@ namespace {
 
 namespace json = boost::json;
 
-// As many as the helper reads at most.
-constexpr std::size_t kMostChildren = 50;
-constexpr std::size_t kDeepest = 8;
+bool hasMostChildren(std::size_t count) { return std::cmp_greater_equal(count, kMaxAXChildren); }
 
 const json::array& childrenOf(const json::object& element) { return array(element, "children"); }
 
@@ -97,7 +96,7 @@ std::string lineOf(const json::object& element, std::size_t depth, const TreeVie
     if (!text.empty()) line.append(" ").append(key).append(" ").append(quoted(text));
   }
   line += placeOf(element, view);
-  if (count >= kMostChildren) line.append(" (").append(std::to_string(count)).append(" children or more)");
+  if (hasMostChildren(count)) line.append(" (").append(std::to_string(count)).append(" children or more)");
   return line += '\n';
 }
 
@@ -116,7 +115,8 @@ class LineWriter {
     lines_.text += line;
     ++lines_.shown;
     const auto& children = childrenOf(element);
-    lines_.reachesBounds = lines_.reachesBounds || children.size() >= kMostChildren || depth == kDeepest;
+    lines_.reachesBounds =
+        lines_.reachesBounds || hasMostChildren(children.size()) || std::cmp_equal(depth, kMaxAXDepth);
     for (const auto& child : children) {
       if (child.is_object()) write(child.get_object(), depth + 1);
     }

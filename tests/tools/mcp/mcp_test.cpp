@@ -203,6 +203,16 @@ TEST(TreeLines, KeepsWhatIsLookedForAndWhatItLiesIn) {
   const auto cut = treeLines(tree, {.maxCharacters = 30});
   EXPECT_EQ(cut.text, "Window\n  Group\n");
   EXPECT_EQ(cut.left, 3U);
+  EXPECT_FALSE(cut.reachesBounds);
+}
+
+TEST(TreeLines, SaysWhereTheHelperReadNoFurther) {
+  json::object wide{{"role", "AXList"}, {"children", json::array(50, json::object{{"role", "AXCell"}})}};
+  const auto lines = treeLines(wide, {});
+  EXPECT_TRUE(lines.reachesBounds);
+  EXPECT_TRUE(lines.text.starts_with("List (50 children or more)\n")) << lines.text;
+  wide["children"].get_array().pop_back();
+  EXPECT_FALSE(treeLines(wide, {}).reachesBounds);
 }
 
 TEST(Picture, IsMeasured) {
