@@ -21,6 +21,7 @@ struct Toolkit {
 };
 
 bool isGTK(const Toolkit& toolkit) { return text::caselessEqual(toolkit.name.value_or(""), "gtk"); }
+/// Its objects all implement Component and Text (AXPlatformNodeAuraLinux::GetGTypeInterfaceMask).
 bool isChromium(const Toolkit& toolkit) { return text::caselessEqual(toolkit.name.value_or(""), "chromium"); }
 
 /// GTK 4 has no screen coordinates. Asked for them, it gives the window's, and complains in the application's log.
@@ -96,6 +97,7 @@ Element* Application::root() {
   const Toolkit toolkit = readToolkitAndWindows(*root_);
   Session& session = *root_->session();
   session.hasAllProperties = isGTK(toolkit) || isChromium(toolkit);
+  session.hasTextEverywhere = isChromium(toolkit);
   const ToolkitUnits units = unitsOf(toolkit);
   session.coordinates = units.areOnScreen ? Coordinates::screen : Coordinates::window;
   const auto& windows = root_->known().children;

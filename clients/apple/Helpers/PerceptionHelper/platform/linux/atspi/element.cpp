@@ -135,10 +135,13 @@ void Element::ask(unsigned facts) {
   if (isFresh(fact::states)) withStates([] {});
   askProperties(fresh & fact::kProperties);
   if (!isFresh(fact::text | fact::extents)) return;
-  withInterfaces([this, isFresh] {
-    if (!known_.interfaces) return;
-    if (isFresh(fact::text) && known_.interfaces->text) askText();
-    if (isFresh(fact::extents) && known_.interfaces->component) askExtents();
+  const auto askOf = [this, isFresh](const Interfaces& interfaces) {
+    if (isFresh(fact::text) && interfaces.text) askText();
+    if (isFresh(fact::extents) && interfaces.component) askExtents();
+  };
+  if (session_->hasTextEverywhere) return askOf({.component = true, .text = true});
+  withInterfaces([this, askOf] {
+    if (known_.interfaces) askOf(*known_.interfaces);
   });
 }
 

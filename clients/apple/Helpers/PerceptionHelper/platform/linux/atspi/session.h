@@ -25,6 +25,8 @@ struct Session {
   Coordinates coordinates = Coordinates::screen;
   /// All properties of an object may be asked for at once. Qt 5 crashes when it is asked so.
   bool hasAllProperties = false;
+  /// Every object implements Component and Text, so that nobody needs to be asked whether it does.
+  bool hasTextEverywhere = false;
   std::size_t elementsLeft = 20'000;
   std::size_t textBytesLeft = std::size_t{8} << 20U;
   std::set<std::string> withoutHelpText = {};  ///< bus names whose toolkit knows no HelpText, a property of newer ones
