@@ -1,9 +1,13 @@
 """Windows that ask for trouble get an answer, in time and bounded in size; their pixels stay their own."""
 
+import itertools
 import os
+import re
 import signal
+import threading
 import unittest
 from collections.abc import Iterator
+from concurrent.futures import ThreadPoolExecutor
 from contextlib import contextmanager
 from pathlib import Path
 
@@ -113,6 +117,26 @@ class HostileTest(unittest.TestCase):
                 self.assertIn(code(request("name", PIXELS)), ("ok", "capture_failed"))
             finally:
                 client.make_whole(frame)
+
+    def test_flickering_screen_is_of_one_moment(self) -> None:
+        with XClient() as client, ThreadPoolExecutor(1) as painter:
+            over = client.create_window(1600, 1000)
+            client.show_over_all(over)
+            is_over = threading.Event()
+
+            def flicker() -> None:
+                for colour in itertools.cycle((0x123456, 0xFEDCBA)):
+                    if is_over.is_set():
+                        return
+                    client.fill(over, colour)
+
+            painting = painter.submit(flicker)
+            region = {"target": "region", "region": {"x": 0, "y": 0, "w": 1600, "h": 1000}} | PIXELS
+            found = {tool("/usr/bin/convert", "png:-", "-unique-colors", "txt:-", stdin=picture(region)) for _ in range(8)}
+            is_over.set()
+            painting.result()
+        for listing in found:
+            self.assertEqual(len(re.findall("#[0-9A-F]{6}", listing)), 1, listing)
 
     def test_translucent_colour_is_itself(self) -> None:
         """Orange at half opacity is held as (128, 64, 0, 128), and is orange again in the picture."""

@@ -54,6 +54,11 @@ class XClient:
         XLIB.XMapRaised(self.display, XID(window))
         XLIB.XSync(self.display, 0)
 
+    def fill(self, window: int, pixel: int) -> None:
+        XLIB.XSetWindowBackground(self.display, XID(window), XID(pixel))
+        XLIB.XClearWindow(self.display, XID(window))
+        XLIB.XSync(self.display, 0)
+
     def leave_dots(self, window: int, columns: int, rows: int) -> None:
         """Of any client's window: every second pixel both ways is its shape."""
         dots = [Rectangle(2 * column, 2 * row, 1, 1) for row in range(rows) for column in range(columns)]

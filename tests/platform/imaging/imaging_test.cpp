@@ -8,11 +8,13 @@
 #include <limits>
 #include <new>
 #include <numbers>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <png.h>
 #include <turbojpeg.h>
 
+#include "platform/imaging/banded_picture.h"
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/bitmap_row.h"
 #include "platform/imaging/orientation.h"
@@ -117,7 +119,7 @@ std::optional<Bitmap> decodedJPEG(const std::vector<std::byte>& file) {
 
 constexpr std::int64_t kHuge = std::numeric_limits<std::int64_t>::max(), kLowest = -kHuge - 1;
 
-TEST(BitmapImage, IsNotMadeOfPixelsThatAreNotThere) {
+TEST(PictureImage, IsNotMadeOfPixelsThatAreNotThere) {
   const Bitmap sound = painted({8, 4}, AlphaMode::opaque, noise);
   EXPECT_FALSE(makeImage({{8, 4}, 32, AlphaMode::opaque, nullptr})) << "no pixels";
   for (const auto& [reason, size, rowBytes] : Table<PixelSize, std::size_t>{
@@ -132,7 +134,7 @@ TEST(BitmapImage, IsNotMadeOfPixelsThatAreNotThere) {
   }
 }
 
-TEST(BitmapImage, IsRedrawnAtEverySizeThatABitmapCanHave) {
+TEST(PictureImage, IsRedrawnAtEverySizeThatABitmapCanHave) {
   const ImageRef image = makeImage(painted({8, 4}, AlphaMode::opaque, noise));
   for (const PixelSize size : {PixelSize{5, 3}, {65535, 1}}) EXPECT_EQ(image->resized(size)->size(), size);
   for (const PixelSize size : {PixelSize{5, 0}, {-5, 3}, {kLowest, kLowest}, {1, 65536}, {kHuge, kHuge}}) {
@@ -141,7 +143,7 @@ TEST(BitmapImage, IsRedrawnAtEverySizeThatABitmapCanHave) {
   EXPECT_FALSE(image->resized({65535, 65535})) << "valid sides, but 16 GiB";
 }
 
-TEST(BitmapImage, GivesNothingWhenMemoryRunsOut) {
+TEST(PictureImage, GivesNothingWhenMemoryRunsOut) {
   const ImageRef image = makeImage(painted({200, 200}, AlphaMode::premultiplied, noise));
   const auto answers = [&](std::size_t limit) {
     largestBlock = limit;
@@ -163,17 +165,81 @@ std::vector<std::byte> encoded(const ImageRef& image, ImageType type, std::optio
   return image->encoded(type, quality).value_or(std::vector<std::byte>{});
 }
 
-TEST(BitmapImage, IsEncodedAtAnotherSizeAsTheBitmapOfThatSizeIs) {
+Bitmap scaledBitmap(const Bitmap& bitmap, PixelSize size) { return scaled(banded(bitmap), size).value(); }
+
+/// The picture in bands of so many rows in memory of their own. Counts the rows that are kept, and the most that were.
+/// Those from row `end` on cannot be had.
+struct InBands {
+  Bitmap bitmap;
+  std::int64_t bandRows = 1;
+  std::int64_t end = bitmap.size.height;
+  std::int64_t kept = 0, most = 0;
+
+  BandedPicture picture() {
+    return {bitmap.size, bitmap.alpha, [this]() -> NextBand {
+              return [this, y = std::int64_t{0}]() mutable {
+                const auto first = std::exchange(y, y + bandRows);
+                return first < end ? std::optional(band(first, std::min(bandRows, end - first))) : std::nullopt;
+              };
+            }};
+  }
+
+  Bitmap band(std::int64_t first, std::int64_t count) {
+    const auto bytes = static_cast<std::size_t>(count) * bitmap.rowBytes;
+    auto* const rows = new std::uint8_t[bytes];
+    std::copy_n(rowOf(bitmap, static_cast<std::size_t>(first)), bytes, rows);
+    most = std::max(most, kept += count);
+    const auto release = [this, count](const std::uint8_t* pixels) {
+      kept -= count;
+      delete[] pixels;
+    };
+    return {{bitmap.size.width, count}, bitmap.rowBytes, bitmap.alpha, std::shared_ptr<std::uint8_t>(rows, release)};
+  }
+};
+
+TEST(PictureImage, IsTheSameInBandsOfWhichFewAreKept) {
+  constexpr std::int64_t kHeight = 900;
+  constexpr auto kOpaque = AlphaMode::opaque, kPremultiplied = AlphaMode::premultiplied;
+  const struct Case {
+    std::int64_t bandRows;
+    AlphaMode mode;
+    PixelSize size;
+    std::int64_t mostKept, end;
+  } cases[] = {
+      {1, kOpaque, {301, 900}, 90, 899},   {7, kPremultiplied, {300, 430}, 190, 0},
+      {64, kOpaque, {100, 301}, 350, 850}, {899, kPremultiplied, {90, 33}, 900, 899},
+      {900, kOpaque, {1, 1}, 900, 0},
+  };
+  for (const auto& [bandRows, mode, size, mostKept, end] : cases) {
+    InBands bands{painted({301, kHeight}, mode, noise), bandRows};
+    const auto image = makeImage(bands.picture()), whole = makeImage(bands.bitmap);
+    for (const ImageType type : {ImageType::jpeg, ImageType::png}) {
+      bands.most = 0;
+      EXPECT_EQ(encoded(image, type), encoded(whole, type)) << bandRows;
+      EXPECT_EQ(bands.most, bandRows);
+      EXPECT_EQ(encoded(image->resized(size), type), encoded(whole->resized(size), type)) << bandRows;
+      EXPECT_LE(bands.most, mostKept) << bandRows;
+      bands.end = end;
+      for (const auto& picture : {image, image->resized({150, 450})}) {
+        EXPECT_FALSE(picture->encoded(type, {})) << "a row cannot be had";
+      }
+      bands.end = kHeight;
+    }
+    EXPECT_EQ(bands.kept, 0);
+  }
+}
+
+TEST(PictureImage, IsEncodedAtAnotherSizeAsTheBitmapOfThatSizeIs) {
   for (const auto& [from, to] : {std::pair{PixelSize{90, 70}, PixelSize{37, 29}},
                                  {{700, 500}, {601, 433}},  // with a second thread, and more rows than are kept
                                  {{600, 430}, {40, 1}}}) {  // with fewer than are made together
     const Bitmap bitmap = painted(from, AlphaMode::premultiplied, noise);
     for (const ImageType type : {ImageType::jpeg, ImageType::png}) {
-      EXPECT_EQ(encoded(makeImage(bitmap)->resized(to), type), encoded(makeImage(scaled(bitmap, to)), type))
+      EXPECT_EQ(encoded(makeImage(bitmap)->resized(to), type), encoded(makeImage(scaledBitmap(bitmap, to)), type))
           << from.width;
     }
     EXPECT_EQ(encoded(makeImage(bitmap)->resized(to)->resized({20, 9}), ImageType::png),
-              encoded(makeImage(scaled(scaled(bitmap, to), {20, 9})), ImageType::png));
+              encoded(makeImage(scaledBitmap(scaledBitmap(bitmap, to), {20, 9})), ImageType::png));
   }
 }
 
@@ -282,8 +348,8 @@ TEST(Scaling, FollowsTheDefinitionOfTheFilter) {
   };
   for (const auto& c : cases) {
     const Painter columns = [&](int x, int) { return c.paint(x, 0); }, rows = [&](int, int y) { return c.paint(y, 0); };
-    const auto upright = scaled(painted(c.from, AlphaMode::opaque, columns), c.to);
-    const auto level = scaled(painted(c.from, AlphaMode::opaque, rows), c.to);
+    const auto upright = scaledBitmap(painted(c.from, AlphaMode::opaque, columns), c.to);
+    const auto level = scaledBitmap(painted(c.from, AlphaMode::opaque, rows), c.to);
     EXPECT_TRUE(upright.size == c.to && level.size == c.to) << c.reason;
     const auto column = [&](int x, int) { return resampled(x, c.paint, c.from.width, c.to.width); };
     const auto row = [&](int, int y) { return resampled(y, c.paint, c.from.height, c.to.height); };
@@ -296,7 +362,7 @@ TEST(Scaling, KeepsAPlainColourExactly) {
   for (const PixelSize size : {PixelSize{1, 1}, {1, 400}, {400, 1}, {19, 31}}) {
     for (const BGRA colour : {BGRA{0, 0, 0, 0}, BGRA{1, 2, 3, 77}, BGRA{254, 255, 128, 255}}) {
       const Painter plain = [&](int, int) { return colour; };
-      const auto result = scaled(painted({61, 43}, AlphaMode::premultiplied, plain), size);
+      const auto result = scaledBitmap(painted({61, 43}, AlphaMode::premultiplied, plain), size);
       EXPECT_EQ(worstDifference(result, plain), 0) << size.width << " x " << size.height;
     }
   }
@@ -307,7 +373,7 @@ TEST(Scaling, NeverLiftsColourAboveItsAlpha) {
     const std::uint8_t alpha = x / 9 % 2 == 0 ? 200 : 20;
     return {alpha, y / 7 % 2 == 0 ? alpha : std::uint8_t{0}, 0, alpha};
   };
-  const auto result = scaled(painted({90, 70}, AlphaMode::premultiplied, squares), {37, 29});
+  const auto result = scaledBitmap(painted({90, 70}, AlphaMode::premultiplied, squares), {37, 29});
   int overshoots = 0;
   for (int i = 0; i < 37 * 29; ++i) {
     const auto [blue, green, red, alpha] = pixelOf(result, i % 37, i / 37);

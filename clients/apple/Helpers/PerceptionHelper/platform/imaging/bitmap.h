@@ -27,6 +27,12 @@ struct Bitmap {
   std::shared_ptr<const std::uint8_t> pixels = {};  ///< at least rowBytes * size.height bytes
 };
 
+struct BandedPicture;
+
+/// A picture over these rows. Null when a side is below 1 or above `kLongestSide`, or when memory runs out. It cannot
+/// be encoded when rows cannot be had.
+ImageRef makeImage(BandedPicture picture);
+
 /// A picture over these pixels, which are shared, not copied, and must not change any more. Null when a side is below 1
 /// or above `kLongestSide`, when the rows cannot hold the width or their product overflows, when there are no pixels,
 /// or when memory runs out.

@@ -91,7 +91,8 @@ void setParameters(jpeg_compress_struct& jpeg, PixelSize size, int quality) {
   jpeg.dct_method = JDCT_ISLOW;
 }
 
-/// False when libjpeg fails, which then jumps to the first line: nothing that has a destructor may live in here.
+/// False when a row cannot be had, and when libjpeg fails, which then jumps to the first line: nothing that has a
+/// destructor may live in here.
 bool writeFile(Writer& writer, PixelSize size, const std::function<const std::uint8_t*()>& nextRow, int quality) {
   if (setjmp(writer.afterFailure)) return false;
   writer.create();
@@ -99,6 +100,7 @@ bool writeFile(Writer& writer, PixelSize size, const std::function<const std::ui
   jpeg_start_compress(&writer.jpeg, TRUE);
   for (std::int64_t y = 0; y < size.height; ++y) {
     auto* row = const_cast<JSAMPROW>(nextRow());  // libjpeg reads only
+    if (row == nullptr) return false;
     jpeg_write_scanlines(&writer.jpeg, &row, 1);
   }
   jpeg_finish_compress(&writer.jpeg);

@@ -82,11 +82,15 @@ std::optional<Bitmap> converted(const PixelFormat& format, PixelSize size, const
   }
   return Bitmap{.size = size,
                 .rowBytes = kBytesPerPixel * static_cast<std::size_t>(size.width),
-                .alpha = alpha ? AlphaMode::premultiplied : AlphaMode::opaque,
+                .alpha = alphaModeOf(format),
                 .pixels = pixels};
 }
 
 }  // namespace
+
+AlphaMode alphaModeOf(const PixelFormat& format) {
+  return componentOf(alphaMaskOf(format)) ? AlphaMode::premultiplied : AlphaMode::opaque;
+}
 
 std::optional<Bitmap> toBitmap(const PixelFormat& format, PixelSize size, std::shared_ptr<const std::uint8_t> bytes,
                                std::size_t byteCount) {
@@ -94,10 +98,7 @@ std::optional<Bitmap> toBitmap(const PixelFormat& format, PixelSize size, std::s
   const auto rowBytes = rowBytesOf(format, static_cast<std::size_t>(size.width));
   if (!rowBytes || *rowBytes * static_cast<std::size_t>(size.height) > byteCount) return std::nullopt;
   if (!isBitmapLayout(format)) return converted(format, size, bytes.get(), *rowBytes);
-  return Bitmap{.size = size,
-                .rowBytes = *rowBytes,
-                .alpha = format.depth == 32 ? AlphaMode::premultiplied : AlphaMode::opaque,
-                .pixels = std::move(bytes)};
+  return Bitmap{.size = size, .rowBytes = *rowBytes, .alpha = alphaModeOf(format), .pixels = std::move(bytes)};
 }
 
 }  // namespace tavik::platform::imaging

@@ -20,6 +20,9 @@ struct PixelFormat {
   std::uint32_t blueMask = 0;
 };
 
+/// That of bitmaps of this layout.
+AlphaMode alphaModeOf(const PixelFormat& format);
+
 /// The bitmap of such a picture, of which there are `byteCount` bytes. They are shared where they are a bitmap as they
 /// stand, as those of depths 24 and 32 are on ordinary machines; others are converted, every component scaled to 8
 /// bits. Nothing when the format is not supported, or when there are too few bytes.

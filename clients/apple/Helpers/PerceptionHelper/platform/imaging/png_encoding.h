@@ -4,12 +4,13 @@
 #include <optional>
 #include <vector>
 
-#include "platform/imaging/bitmap.h"
+#include "platform/imaging/banded_picture.h"
 
 namespace tavik::platform::imaging {
 
-/// The bitmap as a PNG file: RGB when no pixel lets anything through, else RGBA with the colour divided by its alpha
-/// again. Nothing when memory runs out.
-std::optional<std::vector<std::byte>> encodedPNG(const Bitmap& bitmap);
+/// The picture as a PNG file: RGB when no pixel lets anything through, else RGBA with the colour divided by its alpha
+/// again; to find that out, all rows of one with alpha are read twice. Nothing when they cannot be had, or when memory
+/// runs out.
+std::optional<std::vector<std::byte>> encodedPNG(const BandedPicture& picture);
 
 }  // namespace tavik::platform::imaging

@@ -59,11 +59,13 @@ void subtractNeighbours(std::span<Pixel> row) {
 
 }  // namespace
 
-bool isTranslucent(const Bitmap& bitmap) {
-  if (bitmap.alpha == AlphaMode::opaque) return false;
-  const auto width = static_cast<std::size_t>(bitmap.size.width);
-  for (std::size_t y = 0; y < static_cast<std::size_t>(bitmap.size.height); ++y) {
-    const std::uint8_t* row = rowOf(bitmap, y);
+bool isTranslucent(const BandedPicture& picture) {
+  if (picture.alpha == AlphaMode::opaque) return false;
+  const auto width = static_cast<std::size_t>(picture.size.width);
+  RowReader rows(picture);
+  for (std::int64_t y = 0; y < picture.size.height; ++y) {
+    const std::uint8_t* row = rows.next();
+    if (row == nullptr) return true;
     Pixel common = ~Pixel{0};
     for (std::size_t x = 0; x < width; ++x) common &= readPixel(row, x);
     if (componentOf(common, kAlphaShift) != 255) return true;
@@ -71,14 +73,11 @@ bool isTranslucent(const Bitmap& bitmap) {
   return false;
 }
 
-PNGRows::PNGRows(const Bitmap& bitmap, bool translucent)
-    : bitmap_(bitmap),
-      translucent_(translucent),
-      pixels_(static_cast<std::size_t>(bitmap.size.width)),
-      bytes_(1 + pixels_.size() * sizeof(Pixel)) {}
+PNGRows::PNGRows(std::int64_t width, bool translucent)
+    : translucent_(translucent), pixels_(static_cast<std::size_t>(width)), bytes_(1 + pixels_.size() * sizeof(Pixel)) {}
 
-std::span<const std::uint8_t> PNGRows::row(std::size_t y) {
-  readRow(rowOf(bitmap_, y), translucent_, pixels_);
+std::span<const std::uint8_t> PNGRows::filtered(const std::uint8_t* row) {
+  readRow(row, translucent_, pixels_);
   const bool isSub = isBusy(pixels_);
   if (isSub) subtractNeighbours(pixels_);
   bytes_[0] = isSub ? kSub : kNone;

@@ -5,25 +5,24 @@
 #include <span>
 #include <vector>
 
-#include "platform/imaging/bitmap.h"
+#include "platform/imaging/banded_picture.h"
 
 namespace tavik::platform::imaging {
 
-/// True when a pixel lets something through.
-bool isTranslucent(const Bitmap& bitmap);
+/// True when a pixel lets something through, or cannot be had.
+bool isTranslucent(const BandedPicture& picture);
 
-/// The rows of a bitmap as they stand in a PNG file before compression (ISO/IEC 15948, 7.2 and 9): the filter type,
+/// The rows of a picture as they stand in a PNG file before compression (ISO/IEC 15948, 7.2 and 9): the filter type,
 /// then the filtered bytes, three a pixel, or four when it is `translucent`, with the colour divided by its alpha
 /// again.
 class PNGRows {
  public:
-  /// Of a bitmap that outlives it. Throws std::bad_alloc.
-  PNGRows(const Bitmap& bitmap, bool translucent);
-  /// Row `y`, valid until the next one is asked for.
-  std::span<const std::uint8_t> row(std::size_t y);
+  /// Throws std::bad_alloc.
+  PNGRows(std::int64_t width, bool translucent);
+  /// This row of a bitmap, valid until the next one is asked for.
+  std::span<const std::uint8_t> filtered(const std::uint8_t* row);
 
  private:
-  const Bitmap& bitmap_;
   bool translucent_;
   std::vector<std::uint32_t> pixels_;
   std::vector<std::uint8_t> bytes_;

@@ -89,25 +89,29 @@ Pixel boundByAlpha(Pixel pixel) {
 
 }  // namespace
 
-RowScaler::RowScaler(const Bitmap& source, PixelSize size)
-    : source_(source),
-      horizontal_(lanczosFilter(source.size.width, size.width)),
-      vertical_(lanczosFilter(source.size.height, size.height)) {}
+RowScaler::RowScaler(PixelSize from, AlphaMode alpha, PixelSize to)
+    : from_(from),
+      alpha_(alpha),
+      horizontal_(lanczosFilter(from.width, to.width)),
+      vertical_(lanczosFilter(from.height, to.height)) {}
 
 RowScaler::Workspace RowScaler::makeWorkspace() const {
-  return Workspace(static_cast<std::size_t>(source_.size.width) * kBytesPerPixel + kPadding);
+  return Workspace(static_cast<std::size_t>(from_.width) * kBytesPerPixel + kPadding);
 }
 
-void RowScaler::addRows(std::size_t y, Workspace& workspace) const {
-  const auto bytes = static_cast<std::size_t>(source_.size.width) * kBytesPerPixel;
-  const auto lastRow = static_cast<std::size_t>(source_.size.height) - 1;
+std::size_t RowScaler::endOfRowsFor(std::size_t y) const {
+  return std::min(vertical_.first[y] + vertical_.taps, static_cast<std::size_t>(from_.height));
+}
+
+void RowScaler::addRows(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace) const {
+  const auto bytes = static_cast<std::size_t>(from_.width) * kBytesPerPixel;
+  const auto lastRow = static_cast<std::size_t>(from_.height) - 1;
   const auto* const weights = vertical_.weights.data() + y * vertical_.taps;
   for (std::size_t x = 0; x < bytes; x += kBlock) {
     BlockSums block;
     for (std::size_t tap = 0; tap < vertical_.taps; tap += 2) {
       const std::size_t upper = vertical_.first[y] + tap, lower = std::min(upper + 1, lastRow);
-      block.add(loadBlock(rowOf(source_, upper) + x, bytes - x), loadBlock(rowOf(source_, lower) + x, bytes - x),
-                pairOf(weights + tap));
+      block.add(loadBlock(rows[upper] + x, bytes - x), loadBlock(rows[lower] + x, bytes - x), pairOf(weights + tap));
     }
     block.store(workspace.data() + x);
   }
@@ -115,7 +119,7 @@ void RowScaler::addRows(std::size_t y, Workspace& workspace) const {
 
 void RowScaler::addColumns(const Workspace& workspace, std::uint8_t* row) const {
   const std::size_t taps = horizontal_.taps;
-  const bool isOpaque = source_.alpha == AlphaMode::opaque;
+  const bool isOpaque = alpha_ == AlphaMode::opaque;
   for (std::size_t x = 0; x < horizontal_.first.size(); ++x) {
     const Vector sums = pixelSums(workspace.data() + horizontal_.first[x] * kBytesPerPixel,
                                   horizontal_.weights.data() + x * taps, taps);
@@ -125,8 +129,8 @@ void RowScaler::addColumns(const Workspace& workspace, std::uint8_t* row) const 
   }
 }
 
-void RowScaler::scale(std::size_t y, Workspace& workspace, std::uint8_t* row) const {
-  addRows(y, workspace);
+void RowScaler::scale(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace, std::uint8_t* row) const {
+  addRows(y, rows, workspace);
   addColumns(workspace, row);
 }
 

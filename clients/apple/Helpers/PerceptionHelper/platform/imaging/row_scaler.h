@@ -9,24 +9,29 @@
 
 namespace tavik::platform::imaging {
 
-/// Makes single rows of a bitmap at another size, in any order, on several threads at once.
+/// Makes single rows of a picture at another size, in any order, on several threads at once.
 class RowScaler {
  public:
   /// Scratch of one thread: a row of source width, fixed point (1/64).
   using Workspace = std::vector<std::int16_t>;
 
-  /// Of a bitmap that outlives it; both sizes are valid ones of pictures. Throws std::bad_alloc.
-  RowScaler(const Bitmap& source, PixelSize size);
+  /// Both sizes are valid ones of pictures. Throws std::bad_alloc.
+  RowScaler(PixelSize from, AlphaMode alpha, PixelSize to);
   /// Throws std::bad_alloc.
   Workspace makeWorkspace() const;
-  /// Writes row `y`, in the bitmap's layout and alpha mode, with 255 in place of padding; colour never exceeds alpha.
-  void scale(std::size_t y, Workspace& workspace, std::uint8_t* row) const;
+  /// The rows of the old picture that row `y` is made of: from the first up to the end.
+  std::size_t firstRowFor(std::size_t y) const { return vertical_.first[y]; }
+  std::size_t endOfRowsFor(std::size_t y) const;
+  /// Writes row `y` in a bitmap's layout, with 255 in place of padding; colour never exceeds alpha. `rows` are those of
+  /// the old picture.
+  void scale(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace, std::uint8_t* row) const;
 
  private:
-  void addRows(std::size_t y, Workspace& workspace) const;
+  void addRows(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace) const;
   void addColumns(const Workspace& workspace, std::uint8_t* row) const;
 
-  const Bitmap& source_;
+  PixelSize from_;
+  AlphaMode alpha_;
   ResamplingFilter horizontal_;
   ResamplingFilter vertical_;
 };

@@ -1,7 +1,6 @@
 #include "platform/imaging/scaled_rows.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <system_error>
 
@@ -15,8 +14,10 @@ constexpr std::int64_t kLargeSource = 250'000;
 
 }  // namespace
 
-ScaledRows::ScaledRows(const Bitmap& source, PixelSize size)
-    : scaler_(source, size),
+ScaledRows::ScaledRows(const BandedPicture& source, PixelSize size)
+    : nextBand_(source.open()),
+      sourceRows_(static_cast<std::size_t>(source.size.height)),
+      scaler_(source.size, source.alpha, size),
       height_(static_cast<std::size_t>(size.height)),
       strips_((height_ + kRowsPerStrip - 1) / kRowsPerStrip),
       rowBytes_(static_cast<std::size_t>(size.width) * kBytesPerPixel),
@@ -27,9 +28,13 @@ ScaledRows::ScaledRows(const Bitmap& source, PixelSize size)
 
 ScaledRows::~ScaledRows() {
   claimed_ = strips_;
-  ++released_;
-  released_.notify_one();
+  tellHelper();
   if (helper_.joinable()) helper_.join();
+}
+
+void ScaledRows::tellHelper() {
+  ++told_;
+  told_.notify_one();
 }
 
 /// Without a thread to be had, the caller makes all rows.
@@ -43,38 +48,62 @@ void ScaledRows::startHelper() {
 
 void ScaledRows::help() {
   while (true) {
-    const auto released = released_.load();
+    const auto told = told_.load();
     if (const auto strip = claim()) {
       make(*strip, helpersWorkspace_);
     } else if (claimed_ == strips_) {
       return;
     } else {
-      released_.wait(released);
+      told_.wait(told);
     }
   }
 }
 
 std::optional<std::size_t> ScaledRows::claim() {
   auto strip = claimed_.load();
-  while (strip < std::min(strips_, released_ + kRoom)) {
+  while (strip < std::min({strips_, released_ + kRoom, fetched_.load()})) {
     if (claimed_.compare_exchange_weak(strip, strip + 1)) return strip;
   }
   return std::nullopt;
 }
 
 void ScaledRows::make(std::size_t strip, RowScaler::Workspace& workspace) {
-  const auto end = std::min(height_, (strip + 1) * kRowsPerStrip);
-  for (std::size_t y = strip * kRowsPerStrip; y < end; ++y) scaler_.scale(y, workspace, rowAt(y));
+  for (std::size_t y = strip * kRowsPerStrip; y < endOf(strip); ++y) {
+    scaler_.scale(y, sourceRows_.data(), workspace, rowAt(y));
+  }
   auto& made = made_[strip % kRoom];
   made = strip + 1;
   made.notify_one();
+}
+
+bool ScaledRows::fetchFor(std::size_t strip) {
+  constexpr std::size_t kAhead = kRoom / 2;
+  while (!bands_.empty() && bands_.front().end <= scaler_.firstRowFor(strip * kRowsPerStrip)) bands_.pop_front();
+  for (auto next = fetched_.load(); next < std::min(strips_, strip + kAhead); ++next) {
+    while (fetchedRows_ < scaler_.endOfRowsFor(endOf(next) - 1)) {
+      if (!fetchBand()) return false;
+    }
+    fetched_ = next + 1;
+    tellHelper();
+  }
+  return true;
+}
+
+bool ScaledRows::fetchBand() {
+  auto bitmap = nextBand_();
+  if (!bitmap) return false;
+  const auto count = std::min(static_cast<std::size_t>(bitmap->size.height), sourceRows_.size() - fetchedRows_);
+  for (std::size_t y = 0; y < count; ++y) sourceRows_[fetchedRows_++] = rowOf(*bitmap, y);
+  bands_.push_back({*std::move(bitmap), fetchedRows_});
+  return true;
 }
 
 const std::uint8_t* ScaledRows::next() {
   const auto strip = nextRow_ / kRowsPerStrip;
   if (nextRow_ % kRowsPerStrip == 0) {
     released_ = strip;
-    released_.notify_one();
+    tellHelper();
+    if (!fetchFor(strip)) return nullptr;
     auto& made = made_[strip % kRoom];
     for (auto seen = made.load(); seen != strip + 1; seen = made) {
       if (const auto other = claim()) {
@@ -87,13 +116,9 @@ const std::uint8_t* ScaledRows::next() {
   return rowAt(nextRow_++);
 }
 
-Bitmap scaled(const Bitmap& source, PixelSize size) {
-  const auto rowBytes = static_cast<std::size_t>(size.width) * kBytesPerPixel;
-  const auto height = static_cast<std::size_t>(size.height);
-  const std::shared_ptr<std::uint8_t[]> pixels = std::make_shared_for_overwrite<std::uint8_t[]>(rowBytes * height);
+std::optional<Bitmap> scaled(const BandedPicture& source, PixelSize size) {
   ScaledRows rows(source, size);
-  for (std::size_t y = 0; y < height; ++y) std::memcpy(pixels.get() + y * rowBytes, rows.next(), rowBytes);
-  return {size, rowBytes, source.alpha, {pixels, pixels.get()}};
+  return bitmapOfRows(size, source.alpha, [&rows] { return rows.next(); });
 }
 
 }  // namespace tavik::platform::imaging

@@ -6,10 +6,10 @@
 #include <span>
 #include <utility>
 
-#include "platform/imaging/bitmap.h"
+#include "platform/imaging/banded_picture.h"
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/display_region.h"
-#include "platform/linux/x11/capture/server_image.h"
+#include "platform/linux/x11/capture/copied_image.h"
 #include "platform/linux/x11/capture/window_capture.h"
 #include "platform/linux/x11/monitors.h"
 #include "platform/linux/x11/window_identity.h"
@@ -18,6 +18,7 @@
 namespace tavik::platform::x11 {
 namespace {
 
+using imaging::BandedPicture;
 using Catalog = std::shared_ptr<applications::DesktopEntryCatalog>;
 
 OwningApplication ownerOf(const ManagedWindow& window, const Catalog& catalog) {
@@ -42,8 +43,8 @@ bool isListed(const ManagedWindow& window, const ShareableContentOptions& option
   return !options.onScreenWindowsOnly || !window.isOnOtherWorkspace;
 }
 
-std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const ContentFilter& filter,
-                                              const std::optional<Rect>& sourceRect) {
+std::optional<BandedPicture> captureDisplay(XConnection& connection, const ContentFilter& filter,
+                                            const std::optional<Rect>& sourceRect) {
   const auto all = monitors(connection);
   const auto monitor = std::ranges::find_if(
       all, [&](const Monitor& candidate) { return candidate.displayID == filter.display.displayID; });
@@ -52,14 +53,17 @@ std::optional<imaging::Bitmap> captureDisplay(XConnection& connection, const Con
                    .height = static_cast<double>(monitor->rect.height)};
   const auto region = imaging::regionOfDisplay(sourceRect.value_or(whole), monitor->rect);
   if (!region) return std::nullopt;
-  auto bitmap = readImage(connection, connection.root(), region->source, connection.screen().root_visual);
-  if (!bitmap || bitmap->size == region->size) return bitmap;
-  return imaging::onBlack({{.bitmap = *bitmap, .x = region->x, .y = region->y}}, region->size);
+  auto picture = copyImage(connection, connection.root(), region->source, connection.screen().root_visual);
+  if (!picture || picture->size == region->size) return picture;
+  const auto inside = imaging::joined(*picture);
+  auto bitmap =
+      inside ? imaging::onBlack({{.bitmap = *inside, .x = region->x, .y = region->y}}, region->size) : std::nullopt;
+  return bitmap ? std::optional(imaging::banded(*std::move(bitmap))) : std::nullopt;
 }
 
 /// One try at the window as it is now, wherever it has moved since it was listed. Nothing when it has another size: the
 /// picture would be stretched.
-std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Window& listed, StructureWatch& watch) {
+std::optional<BandedPicture> tryToCapture(XConnection& connection, const Window& listed, StructureWatch& watch) {
   const auto windows = managedWindows(connection);
   const auto window =
       std::ranges::find_if(windows, [&](const auto& candidate) { return candidate.client == listed.windowID; });
@@ -71,15 +75,15 @@ std::optional<imaging::Bitmap> tryToCapture(XConnection& connection, const Windo
 }
 
 /// Tries again, for a while, when the window or what covers it has changed during a try.
-std::optional<imaging::Bitmap> captureListedWindow(XConnection& connection, const Window& listed) {
+std::optional<BandedPicture> captureListedWindow(XConnection& connection, const Window& listed) {
   constexpr std::chrono::milliseconds kPatience{500};
   const auto end = deadlineIn(kPatience);
   while (true) {
     StructureWatch watch(connection, listed.windowID);
-    auto bitmap = tryToCapture(connection, listed, watch);
+    auto picture = tryToCapture(connection, listed, watch);
     watch.update();
     const bool hasChanged = watch.hasChanged() || watch.otherHasChanged();
-    if (bitmap || !hasChanged || Clock::now() >= end) return bitmap;
+    if (picture || !hasChanged || Clock::now() >= end) return picture;
   }
 }
 
@@ -122,9 +126,9 @@ class XScreenCapture final : public ScreenCapture {
   ImageRef imageOf(const ContentFilter& filter, const StreamConfiguration& configuration) {
     if (!connection_->isReachable()) return nullptr;
     const XWatchdog::Watch watch(connection_->watchdog());
-    auto bitmap = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
-                                        : captureDisplay(*connection_, filter, configuration.sourceRect);
-    auto image = bitmap ? imaging::makeImage(*std::move(bitmap)) : nullptr;
+    auto picture = filter.includedWindow ? captureListedWindow(*connection_, *filter.includedWindow)
+                                         : captureDisplay(*connection_, filter, configuration.sourceRect);
+    auto image = picture ? imaging::makeImage(*std::move(picture)) : nullptr;
     const PixelSize wanted{configuration.width, configuration.height};
     return image && image->size() != wanted ? image->resized(wanted) : image;
   }

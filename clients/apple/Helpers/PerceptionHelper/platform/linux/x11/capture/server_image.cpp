@@ -12,25 +12,30 @@ using imaging::PixelRect;
 
 namespace {
 
-const xcb_visualtype_t* findVisual(const xcb_screen_t& screen, std::uint8_t depth, xcb_visualid_t visual) {
+constexpr std::uint32_t kAllPlanes = ~0U;
+
+/// A visual, and the depth of what is drawn in it.
+struct VisualOfDepth {
+  const xcb_visualtype_t* type = nullptr;
+  std::uint8_t depth = 0;
+};
+
+VisualOfDepth findVisual(const xcb_screen_t& screen, xcb_visualid_t visual) {
   for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0; xcb_depth_next(&depths)) {
-    if (depths.data->depth != depth) continue;
     const std::span visuals(xcb_depth_visuals(depths.data), depths.data->visuals_len);
-    const auto found =
-        std::ranges::find_if(visuals, [&](const xcb_visualtype_t& candidate) { return candidate.visual_id == visual; });
-    if (found != visuals.end()) return &*found;
+    const auto found = std::ranges::find(visuals, visual, &xcb_visualtype_t::visual_id);
+    if (found != visuals.end()) return {.type = &*found, .depth = depths.data->depth};
   }
-  return nullptr;
+  return {};
 }
 
 }  // namespace
 
-std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, std::uint8_t depth,
-                                                xcb_visualid_t visual) {
+std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, xcb_visualid_t visual) {
+  const auto [type, depth] = findVisual(connection.screen(), visual);
   const auto& setup = connection.setup();
   const std::span layouts(xcb_setup_pixmap_formats(&setup), setup.pixmap_formats_len);
-  const auto layout = std::ranges::find_if(layouts, [&](const xcb_format_t& format) { return format.depth == depth; });
-  const auto* const type = findVisual(connection.screen(), depth, visual);
+  const auto layout = std::ranges::find(layouts, depth, &xcb_format_t::depth);
   if (layout == layouts.end() || type == nullptr || type->_class != XCB_VISUAL_CLASS_TRUE_COLOR) return std::nullopt;
   return imaging::PixelFormat{.depth = depth,
                               .bitsPerPixel = layout->bits_per_pixel,
@@ -41,19 +46,29 @@ std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, s
                               .blueMask = type->blue_mask};
 }
 
+ImageRequest::ImageRequest(XConnection& connection, xcb_drawable_t drawable, const PixelRect& part)
+    : connection_(connection),
+      size_{part.width, part.height},
+      cookie_(xcb_get_image(connection.xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(part.x),
+                            static_cast<std::int16_t>(part.y), static_cast<std::uint16_t>(part.width),
+                            static_cast<std::uint16_t>(part.height), kAllPlanes)) {}
+
+ImageRequest::~ImageRequest() {
+  if (!isAnswered_) xcb_discard_reply(connection_.xcb(), cookie_.sequence);
+}
+
+std::optional<imaging::Bitmap> ImageRequest::bitmap(const imaging::PixelFormat& format) {
+  isAnswered_ = true;
+  const std::shared_ptr<xcb_get_image_reply_t> reply = connection_.reply(xcb_get_image_reply, cookie_);
+  if (!reply || reply->depth != format.depth) return std::nullopt;
+  const auto byteCount = reply->length * kWordBytes;
+  return imaging::toBitmap(format, size_, {reply, xcb_get_image_data(reply.get())}, byteCount);
+}
+
 std::optional<imaging::Bitmap> readImage(XConnection& connection, xcb_drawable_t drawable, const PixelRect& part,
                                          xcb_visualid_t visual) {
-  constexpr std::uint32_t kAllPlanes = ~0U;
-  const PixelSize size{part.width, part.height};
-  const auto cookie =
-      xcb_get_image(connection.xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(part.x),
-                    static_cast<std::int16_t>(part.y), static_cast<std::uint16_t>(part.width),
-                    static_cast<std::uint16_t>(part.height), kAllPlanes);
-  const std::shared_ptr<xcb_get_image_reply_t> reply = connection.reply(xcb_get_image_reply, cookie);
-  const auto format = reply ? pixelFormat(connection, reply->depth, visual) : std::nullopt;
-  if (!format) return std::nullopt;
-  const auto byteCount = reply->length * kWordBytes;
-  return imaging::toBitmap(*format, size, {reply, xcb_get_image_data(reply.get())}, byteCount);
+  const auto format = pixelFormat(connection, visual);
+  return format ? ImageRequest(connection, drawable, part).bitmap(*format) : std::nullopt;
 }
 
 }  // namespace tavik::platform::x11

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include <xcb/xproto.h>
@@ -11,13 +12,31 @@
 
 namespace tavik::platform::x11 {
 
-/// The layout of pictures of this depth and visual. Nothing for a visual with a palette, and for one that the server
-/// does not list.
-std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, std::uint8_t depth,
-                                                xcb_visualid_t visual);
+/// The layout of pictures of this visual. Nothing for one with a palette, and for one that the server does not list.
+std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, xcb_visualid_t visual);
 
-/// Copies the pixels of a part of a drawable, in its own coordinates (GetImage). Never contains the cursor. Nothing
-/// when the part is not wholly inside, when the drawable is gone or not viewable, or when the layout is not supported.
+/// Pixels that are on their way (GetImage): those of a part of a drawable, in its own coordinates. They never contain
+/// the cursor.
+class ImageRequest {
+ public:
+  ImageRequest(XConnection& connection, xcb_drawable_t drawable, const imaging::PixelRect& part);
+  ImageRequest(const ImageRequest&) = delete;
+  ImageRequest& operator=(const ImageRequest&) = delete;
+  ~ImageRequest();
+
+  /// Waits for them; once. Nothing when the part is not wholly inside, when the drawable is gone or not viewable, and
+  /// when it does not have this layout.
+  std::optional<imaging::Bitmap> bitmap(const imaging::PixelFormat& format);
+
+ private:
+  XConnection& connection_;
+  PixelSize size_;
+  xcb_get_image_cookie_t cookie_;
+  bool isAnswered_ = false;
+};
+
+/// Waits for the pixels of a part of a drawable, which are all of one moment. Nothing where an ImageRequest has
+/// nothing.
 std::optional<imaging::Bitmap> readImage(XConnection& connection, xcb_drawable_t drawable,
                                          const imaging::PixelRect& part, xcb_visualid_t visual);
 

@@ -11,6 +11,7 @@
 
 #include "platform/imaging/bitmap_canvas.h"
 #include "platform/imaging/pixel_rect.h"
+#include "platform/linux/x11/capture/copied_image.h"
 #include "platform/linux/x11/capture/offscreen_window.h"
 #include "platform/linux/x11/capture/server_image.h"
 #include "platform/linux/x11/capture/window_pixmap.h"
@@ -19,6 +20,8 @@
 
 namespace tavik::platform::x11 {
 
+using imaging::BandedPicture;
+using imaging::Bitmap;
 using imaging::PixelRect;
 
 namespace {
@@ -73,10 +76,14 @@ bool waitForOtherReaders(XConnection& connection, const Surface& surface, Clock:
   return true;
 }
 
-std::optional<imaging::Bitmap> readPixmap(XConnection& connection, const Surface& surface, const PixelRect& part) {
+std::optional<BandedPicture> inOnePiece(std::optional<Bitmap> bitmap) {
+  return bitmap ? std::optional(imaging::banded(*std::move(bitmap))) : std::nullopt;
+}
+
+std::optional<BandedPicture> readPixmap(XConnection& connection, const Surface& surface, const PixelRect& part) {
   if (!connection.hasExtension(xcb_composite_id)) return std::nullopt;
   const WindowPixmap pixmap(connection, surface.frame);
-  return readImage(connection, pixmap.get(), movedBy(part, -surface.outer.x, -surface.outer.y), surface.visual);
+  return copyImage(connection, pixmap.get(), movedBy(part, -surface.outer.x, -surface.outer.y), surface.visual);
 }
 
 std::vector<PixelRect> hiddenParts(XConnection& connection, const Surface& surface) {
@@ -84,38 +91,40 @@ std::vector<PixelRect> hiddenParts(XConnection& connection, const Surface& surfa
 }
 
 /// From the screen, unless something may have come over the window meanwhile: what is hidden there comes as black.
-std::optional<imaging::Bitmap> readScreen(XConnection& connection, const Surface& surface, StructureWatch& watch) {
+std::optional<BandedPicture> readScreen(XConnection& connection, const Surface& surface, StructureWatch& watch) {
   const auto part = movedBy(surface.visible, -surface.outer.x - surface.border, -surface.outer.y - surface.border);
-  auto bitmap = readImage(connection, surface.frame, part, surface.visual);
+  auto picture = surface.border == 0 ? copyImage(connection, surface.frame, part, surface.visual)
+                                     : inOnePiece(readImage(connection, surface.frame, part, surface.visual));
   watch.update();
-  return watch.otherHasChanged() ? std::nullopt : bitmap;
+  return watch.otherHasChanged() ? std::nullopt : picture;
 }
 
 /// The client from its pixmap, and its decorations from the screen, the one place where they are.
-std::optional<imaging::Bitmap> readWithDecoration(XConnection& connection, const Surface& surface,
-                                                  StructureWatch& watch) {
+std::optional<BandedPicture> readWithDecoration(XConnection& connection, const Surface& surface,
+                                                StructureWatch& watch) {
   const auto client = intersection(surface.client, surface.visible);
   const auto decoration = subtract({surface.visible}, client);
   std::vector<imaging::PlacedBitmap> parts;
-  const auto add = [&](std::optional<imaging::Bitmap> bitmap, const PixelRect& part) {
+  const auto add = [&](std::optional<Bitmap> bitmap, const PixelRect& part) {
     if (bitmap) parts.push_back({*std::move(bitmap), part.x - surface.visible.x, part.y - surface.visible.y});
   };
   watch.update();
   watch.forgetOthers();
   if (!hiddenParts(connection, surface.frame, decoration).empty()) return std::nullopt;
-  add(readPixmap(connection, surface, client), client);
+  const auto drawn = readPixmap(connection, surface, client);
+  add(drawn ? imaging::joined(*drawn) : std::nullopt, client);
   for (const auto& part : decoration) {
     add(readImage(connection, connection.root(), part, connection.screen().root_visual), part);
   }
   watch.update();
   const bool isWhole = parts.size() == decoration.size() + 1 && !watch.otherHasChanged();
-  return isWhole ? onBlack(parts, {surface.visible.width, surface.visible.height}) : std::nullopt;
+  return isWhole ? inOnePiece(onBlack(parts, {surface.visible.width, surface.visible.height})) : std::nullopt;
 }
 
 /// By having the window draw what is hidden: one program at a time, or the second would wait for drawing that was done
 /// for the first.
-std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surface& surface, StructureWatch& watch,
-                                             std::int32_t processID) {
+std::optional<BandedPicture> readRepainted(XConnection& connection, const Surface& surface, StructureWatch& watch,
+                                           std::int32_t processID) {
   if (!connection.hasExtension(xcb_composite_id) || !connection.hasExtension(xcb_damage_id)) return std::nullopt;
   const auto toOwn = [&](const PixelRect& rect) {
     return movedBy(rect, -surface.outer.x - surface.border, -surface.outer.y - surface.border);
@@ -144,16 +153,16 @@ std::optional<imaging::Bitmap> readRepainted(XConnection& connection, const Surf
 /// 3. the screen, where nothing covers the window and nothing comes over it meanwhile;
 /// 4. a pixmap that the window is drawn into for us, out of sight, when no other program is having that done;
 /// 5. such a pixmap, when the other program is done with its own.
-std::optional<imaging::Bitmap> readSurface(XConnection& connection, const Surface& surface, StructureWatch& watch,
-                                           std::int32_t processID) {
+std::optional<BandedPicture> readSurface(XConnection& connection, const Surface& surface, StructureWatch& watch,
+                                         std::int32_t processID) {
   if (surface.decorationPlace == DecorationPlace::onScreen) return readWithDecoration(connection, surface, watch);
   if (isKeptInMemory(connection, surface)) {
-    if (auto bitmap = readPixmap(connection, surface, surface.visible)) return bitmap;
+    if (auto picture = readPixmap(connection, surface, surface.visible)) return picture;
   }
   watch.update();
   watch.forgetOthers();
   if (hiddenParts(connection, surface).empty()) {
-    if (auto bitmap = readScreen(connection, surface, watch)) return bitmap;
+    if (auto picture = readScreen(connection, surface, watch)) return picture;
   }
   return watch.hasChanged() ? std::nullopt : readRepainted(connection, surface, watch, processID);
 }
@@ -168,17 +177,18 @@ bool isRectangular(const Surface& surface) {
 
 }  // namespace
 
-std::optional<imaging::Bitmap> captureWindow(XConnection& connection, const ManagedWindow& window,
-                                             StructureWatch& watch) {
+std::optional<BandedPicture> captureWindow(XConnection& connection, const ManagedWindow& window,
+                                           StructureWatch& watch) {
   const auto surface = window.isOnScreen ? surfaceOf(connection, window) : std::nullopt;
   if (!surface) return std::nullopt;
-  auto bitmap = readSurface(connection, *surface, watch, window.processID);
+  auto picture = readSurface(connection, *surface, watch, window.processID);
   watch.update();
   if (watch.hasChanged()) return std::nullopt;
-  if (!bitmap || isRectangular(*surface)) return bitmap;
+  if (!picture || isRectangular(*surface)) return picture;
   auto shape = surface->outline;
   for (auto& part : shape) part = movedBy(part, -surface->visible.x, -surface->visible.y);
-  return cutToShape(*bitmap, shape);
+  const auto whole = imaging::joined(*picture);
+  return whole ? inOnePiece(cutToShape(*whole, shape)) : std::nullopt;
 }
 
 }  // namespace tavik::platform::x11

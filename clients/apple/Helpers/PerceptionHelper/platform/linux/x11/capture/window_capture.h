@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/imaging/bitmap.h"
+#include "platform/imaging/banded_picture.h"
 #include "platform/linux/x11/capture/structure_watch.h"
 #include "platform/linux/x11/server/x_connection.h"
 #include "platform/linux/x11/windows/managed_window.h"
@@ -14,7 +14,7 @@ namespace tavik::platform::x11 {
 /// 2.5 s for a covered window, which has to repaint. Nothing when that does not happen: a window that is not on
 /// screen, that is gone, or whose application has stopped or hangs. Nothing either when the window has changed since
 /// `watch` began, which then says so, or when others kept changing what covers it.
-std::optional<imaging::Bitmap> captureWindow(XConnection& connection, const ManagedWindow& window,
-                                             StructureWatch& watch);
+std::optional<imaging::BandedPicture> captureWindow(XConnection& connection, const ManagedWindow& window,
+                                                    StructureWatch& watch);
 
 }  // namespace tavik::platform::x11

@@ -104,6 +104,14 @@ void* XConnection::waitForReply(unsigned int sequence) {
   return reply;
 }
 
+bool XConnection::hasFailed(xcb_void_cookie_t cookie) {
+  void* none = nullptr;
+  xcb_generic_error_t* error = nullptr;
+  const bool isKnown = xcb_poll_for_reply(xcb(), cookie.sequence, &none, &error) != 0;
+  const MallocPtr<xcb_generic_error_t> ownedError(error);
+  return !isKnown || ownedError != nullptr;
+}
+
 MallocPtr<xcb_generic_event_t> XConnection::nextEvent(Clock::time_point deadline) {
   xcb_flush(xcb());
   while (Clock::now() < deadline) {

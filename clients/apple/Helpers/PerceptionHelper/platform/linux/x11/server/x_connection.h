@@ -27,10 +27,10 @@ struct WaitLimits {
 };
 Clock::time_point deadlineWithin(const WaitLimits& limits);
 
-/// Owns the connection to the X server. It is made at the first question, and it is single-threaded. Nothing here ends
-/// the process or waits without limit: a server that is not there, that goes away, or that another client has grabbed
-/// answers nothing.
-class XConnection {
+/// Owns the connection to the X server, shared by all who hold something there. It is made at the first question, and
+/// it is single-threaded. Nothing here ends the process or waits without limit: a server that is not there, that goes
+/// away, or that another client has grabbed answers nothing.
+class XConnection : public std::enable_shared_from_this<XConnection> {
  public:
   XConnection() = default;
   XConnection(const XConnection&) = delete;
@@ -61,6 +61,9 @@ class XConnection {
   MallocPtr<Reply> reply(Reply* (*)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) {
     return MallocPtr<Reply>(static_cast<Reply*>(waitForReply(cookie.sequence)));
   }
+
+  /// True when a checked request without a reply has failed. Asked once a later request has been answered.
+  bool hasFailed(xcb_void_cookie_t cookie);
 
   /// An event, or a failed request's error, that has come with an earlier reply; null when there is none left.
   MallocPtr<xcb_generic_event_t> queuedEvent() {

@@ -2,6 +2,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/imaging/banded_picture.h"
 #include "platform/imaging/bitmap.h"
 #include "platform/imaging/bitmap_row.h"
 #include "platform/imaging/jpeg_encoding.h"
@@ -36,22 +37,26 @@ constexpr std::int64_t kMaximumPixels = (std::int64_t{1} << 30U) / std::int64_t{
 
 bool isScaledSize(PixelSize size) { return isPictureSize(size) && size.width <= kMaximumPixels / size.height; }
 
-/// A bitmap that is to be seen at another size. JPEG takes its rows as they are made, so that no second picture is ever
-/// in memory.
+/// A picture that is to be seen at another size. JPEG takes its rows as they are made, so that no second picture is
+/// ever in memory.
 class ScaledImage final : public Image {
  public:
-  ScaledImage(Bitmap source, PixelSize size) : source_(std::move(source)), size_(size) {}
+  ScaledImage(BandedPicture source, PixelSize size) : source_(std::move(source)), size_(size) {}
 
   PixelSize size() const override { return size_; }
 
   ImageRef resized(PixelSize size) const override {
-    const auto image = unlessOutOfMemory([&] { return makeImage(scaled(source_, size_)); });
+    auto bitmap = unlessOutOfMemory([&] { return scaled(source_, size_); });
+    const auto image = bitmap ? makeImage(*std::move(bitmap)) : nullptr;
     return image ? image->resized(size) : nullptr;
   }
 
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
-    return unlessOutOfMemory([&] {
-      if (type == ImageType::png) return encodedPNG(scaled(source_, size_));
+    return unlessOutOfMemory([&]() -> std::optional<std::vector<std::byte>> {
+      if (type == ImageType::png) {
+        auto bitmap = scaled(source_, size_);
+        return bitmap ? encodedPNG(banded(*std::move(bitmap))) : std::nullopt;
+      }
       ScaledRows rows(source_, size_);
       return encodedJPEG(
           size_, [&rows] { return rows.next(); }, quality);
@@ -59,38 +64,44 @@ class ScaledImage final : public Image {
   }
 
  private:
-  Bitmap source_;
+  BandedPicture source_;
   PixelSize size_;
 };
 
-class BitmapImage final : public Image {
+class PictureImage final : public Image {
  public:
-  explicit BitmapImage(Bitmap bitmap) : bitmap_(std::move(bitmap)) {}
+  explicit PictureImage(BandedPicture picture) : picture_(std::move(picture)) {}
 
-  PixelSize size() const override { return bitmap_.size; }
+  PixelSize size() const override { return picture_.size; }
 
   ImageRef resized(PixelSize size) const override {
     if (!isScaledSize(size)) return nullptr;
-    return unlessOutOfMemory([&]() -> ImageRef { return std::make_shared<ScaledImage>(bitmap_, size); });
+    return unlessOutOfMemory([&]() -> ImageRef { return std::make_shared<ScaledImage>(picture_, size); });
   }
 
   std::optional<std::vector<std::byte>> encoded(ImageType type, std::optional<double> quality) const override {
     return unlessOutOfMemory([&] {
-      if (type == ImageType::png) return encodedPNG(bitmap_);
+      if (type == ImageType::png) return encodedPNG(picture_);
+      RowReader rows(picture_);
       return encodedJPEG(
-          bitmap_.size, [this, y = std::size_t{0}]() mutable { return rowOf(bitmap_, y++); }, quality);
+          picture_.size, [&rows] { return rows.next(); }, quality);
     });
   }
 
  private:
-  Bitmap bitmap_;
+  BandedPicture picture_;
 };
 
 }  // namespace
 
+ImageRef makeImage(BandedPicture picture) {
+  if (!isPictureSize(picture.size)) return nullptr;
+  return unlessOutOfMemory([&]() -> ImageRef { return std::make_shared<PictureImage>(std::move(picture)); });
+}
+
 ImageRef makeImage(Bitmap bitmap) {
   if (!isPicture(bitmap)) return nullptr;
-  return unlessOutOfMemory([&]() -> ImageRef { return std::make_shared<BitmapImage>(std::move(bitmap)); });
+  return unlessOutOfMemory([&] { return makeImage(banded(std::move(bitmap))); });
 }
 
 }  // namespace tavik::platform::imaging
