@@ -383,6 +383,37 @@ TEST(Scaling, NeverLiftsColourAboveItsAlpha) {
   EXPECT_GT(overshoots, 0) << "the pattern tests nothing";
 }
 
+#ifdef __x86_64__
+TEST(RowKernels, GiveTheSameOnEveryProcessor) {
+  if (!__builtin_cpu_supports("avx2")) GTEST_SKIP() << "only one kind runs here";
+  for (const auto& [from, to] : {std::pair{PixelSize{1, 1}, PixelSize{1, 1}},
+                                 {{7, 9}, {23, 4}},
+                                 {{100, 41}, {37, 40}},
+                                 {{129, 60}, {50, 10}},
+                                 {{261, 5}, {260, 5}}}) {
+    const Bitmap bitmap = painted(from, AlphaMode::premultiplied, noise);
+    std::vector<const std::uint8_t*> rows;
+    for (std::size_t y = 0; y < static_cast<std::size_t>(from.height); ++y) rows.push_back(rowOf(bitmap, y));
+    const auto horizontal = lanczosFilter(from.width, to.width), vertical = lanczosFilter(from.height, to.height);
+    const auto bytes = static_cast<std::size_t>(from.width) * 4, count = static_cast<std::size_t>(to.width);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(to.height); ++y) {
+      const auto made = [&](const RowKernels& kernels) {
+        std::vector<std::int16_t> sums(bytes + kRowPadding);
+        kernels.addRows(
+            {rows.data(), rows.size() - 1, vertical.first[y], &vertical.weights[y * vertical.taps], vertical.taps},
+            bytes, sums.data());
+        Bytes row(count * 4);
+        kernels.addColumns(sums.data(),
+                           {horizontal.first.data(), horizontal.weights.data(), horizontal.taps, count, y % 2 == 0},
+                           row.data());
+        return row;
+      };
+      EXPECT_EQ(made(baselineRowKernels()), made(avx2RowKernels())) << from.width << " to " << to.width;
+    }
+  }
+}
+#endif
+
 /// The bytes of all pixels, without gaps.
 Bytes pixelsOf(const Bitmap& bitmap) {
   Bytes pixels;

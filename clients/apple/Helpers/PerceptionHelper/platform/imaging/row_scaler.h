@@ -27,9 +27,6 @@ class RowScaler {
   void scale(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace, std::uint8_t* row) const;
 
  private:
-  void addRows(std::size_t y, const std::uint8_t* const* rows, Workspace& workspace) const;
-  void addColumns(const Workspace& workspace, std::uint8_t* row) const;
-
   PixelSize from_;
   AlphaMode alpha_;
   ResamplingFilter horizontal_;

@@ -18,7 +18,7 @@ namespace {
 /// What fits the caches of a processor, and how many of these are on their way: so the server never waits for us, and
 /// has little to keep. Measured.
 constexpr std::int32_t kBandBytes = 1 << 17;
-constexpr std::size_t kBandsAhead = 3;
+constexpr std::size_t kBandsAhead = 2;
 
 /// Owns a pixmap that holds a copy of a part of a drawable.
 class CopyPixmap {
