@@ -25,6 +25,8 @@ COMMANDS = {
         "w.frameGeometry = {{x: at.x + {x}, y: at.y + {y}, width: {width}, height: {height}}};",
     ),
     "focus": ("{0} focus", "workspace.activeClient = w;"),
+    "fill": ("{0} floating disable", "w.setMaximize(true, true);"),
+    "float": ("{0} floating enable", "w.setMaximize(false, false);"),
     "minimize": ("{0} move scratchpad", "w.minimized = true;"),
     "restore": ("{0} scratchpad show", "w.minimized = false;"),
     "send away": ("{0} move to workspace 7", "workspace.createDesktop(1, 'two'); w.desktop = 2;"),
@@ -36,7 +38,8 @@ def command(name: str, window: str, **values: int) -> None:
     """Of an application: as X11 and Wayland's applications name it."""
     text = COMMANDS[name][IS_KWIN].format(f"[{'class' if window == 'XTerm' else 'app_id'}={window}]", **values)
     if IS_KWIN:
-        run_script(f"for (const w of workspace.clientList()) if (w.resourceClass == '{window.lower()}') {{ {text} }}")
+        is_meant = f"w.resourceClass.toString().toLowerCase() == '{window.lower()}'"
+        run_script(f"for (const w of workspace.clientList()) if ({is_meant}) {{ {text} }}")
         return
     for answer in json.loads(tool("swaymsg", "-r", text)):
         assert answer["success"], (text, answer)
