@@ -4,12 +4,14 @@ TAVIK_SCALE is that of every monitor. Windows stand where its pixels are whole.
 """
 
 import contextlib
+import functools
 import json
 import os
 import re
 import select
 import shutil
 import signal
+import subprocess
 import tempfile
 import unittest
 from pathlib import Path
@@ -21,15 +23,18 @@ from witnesses import differing_pixels, nodes, output_of, processes, size_of, to
 
 SCALE = float(os.environ["TAVIK_SCALE"])
 CALCULATOR, EDITOR, TERMINAL = "galculator", "featherpad", "XTerm"
-GTK4 = "org.gnome.Calculator"
+GTK4, PATTERN = "org.gnome.Calculator", "org.example.Pattern"
 PLACES = {
     CALCULATOR: (20, 40, 352, 400),
     TERMINAL: (460, 40, 298, 197),
     EDITOR: (460, 260, 400, 260),
     GTK4: (460, 40, 400, 520),
+    PATTERN: (460, 540, 302, 122),
 }
 # Rows at top and bottom with round corners, which KWin blends with what the screen showed before.
 ROUNDED = {CALCULATOR: (6, 0), TERMINAL: (6, 0), EDITOR: (6, 0), GTK4: (12, 12)} if IS_KWIN else {}
+# Of buffers, and the monitor to show them on; each compositor takes formats of its own.
+PATTERNS = (("XRGB8888", 2), ("ARGB8888" if IS_KWIN else "XBGR8888", 1))
 HAS_GTK4 = shutil.which("gnome-calculator") is not None
 BUTTON, ORANGE = "= =", "#ff7800"  # the only one of this title there, and the only one of this colour
 
@@ -57,6 +62,16 @@ def screenshot(window: str | None = None, monitor: int = 1) -> str:
     return f"{path}[{width}x{height - top - bottom}+{x}+{y + top}]"
 
 
+@functools.cache
+def pattern() -> str:
+    """The file of what pattern_window.cpp shows, by the same formula."""
+    _, _, width, height = pixels_of(PATTERN)
+    colours = (x * 0x9E3779 + y * 0x3C6EF5 + 0x1F83D9 & 0xFFFFFF for y in range(height) for x in range(width))
+    path = Path(os.environ["HOME"]) / "pattern.ppm"
+    path.write_bytes(f"P6 {width} {height} 255\n".encode() + b"".join(colour.to_bytes(3, "big") for colour in colours))
+    return str(path)
+
+
 def rounded_rows(window: str | None) -> list[int]:
     return [round(rows * SCALE) for rows in ROUNDED.get(window, (0, 0))]
 
@@ -77,6 +92,13 @@ class WaylandTest(unittest.TestCase):
             place(window)
         command("focus", CALCULATOR)
 
+    def show_pattern(self, pixel_format: str, monitor: int) -> None:
+        shown = subprocess.Popen([os.environ["TAVIK_PATTERN_WINDOW"], str(SCALE), pixel_format], stdout=subprocess.PIPE)
+        for cleanup in (shown.stdout.close, shown.wait, shown.kill):
+            self.addCleanup(cleanup)
+        self.assertTrue(shown.stdout.readline())
+        place(PATTERN, monitor)
+
     def still(self, request: dict, window: str | None = None, monitor: int = 1) -> None:
         """The picture is the witness's, once the window has been drawn at its new place. No other's shadow falls on it,
         and no text cursor blinks in it."""
@@ -89,7 +111,8 @@ class WaylandTest(unittest.TestCase):
             answer = ask(request | PIXELS)
             png = image_bytes(answer["data"]) if answer["ok"] else b""
             seen = png and without_rounded_rows(png, window)
-            last = differing_pixels(seen, screenshot(window, monitor)) if seen else answer["code"]
+            expected = pattern() if window == PATTERN else screenshot(window, monitor)
+            last = differing_pixels(seen, expected) if seen else answer["code"]
             return last == "0"
 
         with contextlib.suppress(AssertionError):
@@ -118,17 +141,21 @@ class WaylandTest(unittest.TestCase):
             context = capture({"target": "screen"} | TREE)["context"]
             self.assertEqual((context["app_bundle_id"], context["scale_factor"]), (identifier, SCALE))
 
-    def test_covered(self) -> None:
-        """KWin has a picture of every window; on sway there is what the monitors show."""
-        request = {"app_bundle_id": "featherpad"} | PIXELS
-        self.still(request, EDITOR)
-        expected = picture(request)
-        shown = without_rounded_rows(expected, EDITOR)
+    def test_known_pixels(self) -> None:
+        """On each monitor, and covered: KWin has a picture of every window, on sway there is what the monitors show."""
+        request = {"app_bundle_id": PATTERN}
+        for pixel_format, monitor in PATTERNS:
+            with self.subTest(pixel_format):
+                self.doCleanups()
+                self.show_pattern(pixel_format, monitor)
+                self.still(request, PATTERN)
+        shown = picture(request | PIXELS)
         compositors.place(CALCULATOR, 500, 300, *PLACES[CALCULATOR][2:])
-        wait_for(lambda: int(differing_pixels(shown, screenshot(EDITOR))) > 10_000, "the window is not covered")
-        self.assertEqual(code(request), "ok" if IS_KWIN else "capture_failed")
-        if IS_KWIN:
-            self.assertEqual(picture(request), expected)
+        command("focus", CALCULATOR)
+        wait_for(lambda: int(differing_pixels(shown, screenshot(PATTERN))) > 10_000, "the window is not covered")
+        answer = ask(request | PIXELS)
+        seen = differing_pixels(image_bytes(answer["data"]), pattern()) if answer["ok"] else answer["code"]
+        self.assertEqual(seen, "0" if IS_KWIN else "capture_failed")
 
     @unittest.skipUnless(HAS_GTK4, "it is not installed")
     def test_gtk_4(self) -> None:
