@@ -1,16 +1,34 @@
 #include "platform/imaging/deflate_stream.h"
 
+#include "platform/posix/shared_library.h"
+
+#define TAVIK_ISA_L_FUNCTIONS(DO) \
+  DO(isal_deflate)                \
+  DO(isal_deflate_init)
+
 namespace tavik::platform::imaging {
+namespace {
+
+struct ISAL {
+  static constexpr const char* kSoname = "libisal.so.2";
+  TAVIK_LIBRARY_FUNCTIONS(TAVIK_ISA_L_FUNCTIONS)
+};
+
+const ISAL* isaL() { return posix::loaded<ISAL>(); }
+
+}  // namespace
 
 DeflateStream::DeflateStream() : state_(std::make_unique<State>()) {
   isal_zstream& stream = state_->stream;
-  isal_deflate_init(&stream);
+  if (isUsable()) isaL()->isal_deflate_init(&stream);
   stream.level = 2;
   stream.level_buf = state_->level.data();
   stream.level_buf_size = static_cast<std::uint32_t>(state_->level.size());
   stream.gzip_flag = IGZIP_ZLIB;
   takeOutput();
 }
+
+bool DeflateStream::isUsable() const { return isaL() != nullptr; }
 
 void DeflateStream::begin(std::span<const std::uint8_t> bytes, bool areLast) {
   // The library does not write to its input.
@@ -20,7 +38,7 @@ void DeflateStream::begin(std::span<const std::uint8_t> bytes, bool areLast) {
 }
 
 bool DeflateStream::deflateSome() {
-  isal_deflate(&state_->stream);
+  isaL()->isal_deflate(&state_->stream);
   return state_->stream.avail_out == 0;
 }
 

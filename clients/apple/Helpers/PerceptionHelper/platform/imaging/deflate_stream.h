@@ -9,11 +9,13 @@
 
 namespace tavik::platform::imaging {
 
-/// Compresses bytes as they come to a zlib stream (RFC 1950).
+/// Compresses bytes as they come to a zlib stream (RFC 1950). ISA-L, which does it, is loaded for the first one.
 class DeflateStream {
  public:
   /// Throws std::bad_alloc.
   DeflateStream();
+  /// False where ISA-L is not installed; then it compresses nothing.
+  bool isUsable() const;
 
   /// Compresses more bytes, the last ones or not, and calls `consume` with whatever part of the stream is complete.
   template <class Consume>

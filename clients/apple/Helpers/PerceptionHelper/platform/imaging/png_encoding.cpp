@@ -80,7 +80,7 @@ std::optional<std::vector<std::byte>> encodedPNG(const BandedPicture& picture) {
           .source = RowReader(picture),
           .rows = PNGRows(picture.size.width, translucent)};
   const Writer writer;
-  if (!writer.png || !writer.info || !writeFile(writer, job)) return std::nullopt;
+  if (!writer.png || !writer.info || !job.stream.isUsable() || !writeFile(writer, job)) return std::nullopt;
   return std::move(job.file);
 }
 
