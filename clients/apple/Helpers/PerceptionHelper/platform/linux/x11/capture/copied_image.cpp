@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/linux/x11/capture/server_image.h"
+#include "platform/linux/x11/capture/shared_bands.h"
 
 namespace tavik::platform::x11 {
 
@@ -15,9 +16,14 @@ using imaging::PixelRect;
 
 namespace {
 
+constexpr std::int64_t kMostPixelBytes = 4;
+
+/// From so many bytes on, sharing memory takes less time than it saves. Measured.
+constexpr std::int64_t kWorthSharing = 2 << 20;
+
 /// What fits the caches of a processor, and how many of these are on their way: so the server never waits for us, and
 /// has little to keep. Measured.
-constexpr std::int32_t kBandBytes = 1 << 17;
+constexpr std::int64_t kBandBytes = 1 << 18;
 constexpr std::size_t kBandsAhead = 2;
 
 /// Owns a pixmap that holds a copy of a part of a drawable.
@@ -70,36 +76,63 @@ class ReadabilityRequest {
   xcb_get_image_cookie_t cookie_;
 };
 
-/// One pass over a copy, from the top down.
+/// How a picture is cut into bands.
+struct Bands {
+  PixelSize size;
+  std::int32_t rows;  ///< of each but the last
+
+  std::size_t count() const { return static_cast<std::size_t>((size.height + rows - 1) / rows); }
+  std::size_t bytes() const { return static_cast<std::size_t>(size.width * rows) * kMostPixelBytes; }
+};
+
+Bands bandsOf(PixelSize size) {
+  const auto rows = std::max<std::int64_t>(1, kBandBytes / (size.width * kMostPixelBytes));
+  return {.size = size, .rows = static_cast<std::int32_t>(std::min(rows, size.height))};
+}
+
+/// A picture in the server, and the way on which its bands come.
+struct CopiedImage {
+  std::shared_ptr<CopyPixmap> copy;
+  imaging::PixelFormat format;
+  Bands bands;
+  std::shared_ptr<SharedBands> shared = {};  ///< null when they come through the connection
+};
+
+/// One pass over it, from the top down.
 class BandReader {
  public:
-  BandReader(std::shared_ptr<const CopyPixmap> copy, PixelSize size, const imaging::PixelFormat& format)
-      : copy_(std::move(copy)), size_(size), format_(format) {}
+  explicit BandReader(CopiedImage image) : image_(std::move(image)) {}
 
   std::optional<imaging::Bitmap> next() {
-    const XWatchdog::Watch watch(copy_->connection().watchdog());
-    while (asked_ < size_.height && onTheirWay_.size() <= kBandsAhead) ask();
+    const XWatchdog::Watch watch(image_.copy->connection().watchdog());
+    while (asked_ < image_.bands.size.height && onTheirWay_.size() <= kBandsAhead) ask();
     if (onTheirWay_.empty()) return std::nullopt;
-    auto band = onTheirWay_.front().bitmap(format_);
+    auto band = onTheirWay_.front().bitmap(image_.format);
     onTheirWay_.pop_front();
     return band;
   }
 
  private:
   void ask() {
-    const auto width = static_cast<std::int32_t>(size_.width), left = static_cast<std::int32_t>(size_.height) - asked_;
-    const auto rows = std::min(left, std::max(1, kBandBytes / (width * 4)));
-    onTheirWay_.emplace_back(copy_->connection(), copy_->get(),
-                             PixelRect{.x = 0, .y = asked_, .width = width, .height = rows});
-    asked_ += rows;
+    const auto& [size, rows] = image_.bands;
+    const PixelRect part{.x = 0,
+                         .y = asked_,
+                         .width = static_cast<std::int32_t>(size.width),
+                         .height = std::min(rows, static_cast<std::int32_t>(size.height) - asked_)};
+    onTheirWay_.emplace_back(image_.copy->connection(), image_.copy->get(), part,
+                             image_.shared ? image_.shared->take() : SharedPlace{});
+    asked_ += part.height;
   }
 
-  std::shared_ptr<const CopyPixmap> copy_;
-  PixelSize size_;
-  imaging::PixelFormat format_;
+  CopiedImage image_;
   std::int32_t asked_ = 0;
   std::deque<ImageRequest> onTheirWay_ = {};
 };
+
+std::shared_ptr<SharedBands> sharedBandsFor(XConnection& connection, const Bands& bands) {
+  const bool isWorthIt = bands.size.width * bands.size.height * kMostPixelBytes >= kWorthSharing;
+  return isWorthIt ? SharedBands::make(connection, bands.bytes(), bands.count()) : nullptr;
+}
 
 }  // namespace
 
@@ -110,18 +143,21 @@ std::optional<imaging::BandedPicture> copyImage(XConnection& connection, xcb_dra
   const auto format = pixelFormat(connection, visual);
   if (!format || isEmpty(part)) return std::nullopt;
   ReadabilityRequest before(connection, drawable, part);
-  const auto copy = std::make_shared<CopyPixmap>(connection, drawable, part, format->depth);
+  CopiedImage image{.copy = std::make_shared<CopyPixmap>(connection, drawable, part, format->depth),
+                    .format = *format,
+                    .bands = bandsOf({part.width, part.height})};
+  image.shared = sharedBandsFor(connection, image.bands);
   ReadabilityRequest after(connection, drawable, part);
   const bool wasReadable = before.isReadable(format->depth), isReadable = after.isReadable(format->depth);
   if (!wasReadable || !isReadable) return std::nullopt;
-  if (!copy->isMade()) {
+  if (!image.copy->isMade()) {
     auto bitmap = readImage(connection, drawable, part, visual);
     return bitmap ? std::optional(imaging::banded(*std::move(bitmap))) : std::nullopt;
   }
-  const PixelSize size{part.width, part.height};
+  if (image.shared && !image.shared->isAttached()) image.shared = nullptr;
   return imaging::BandedPicture{
-      .size = size, .alpha = imaging::alphaModeOf(*format), .open = [copy, size, format]() -> imaging::NextBand {
-        return [reader = std::make_shared<BandReader>(copy, size, *format)] { return reader->next(); };
+      .size = image.bands.size, .alpha = imaging::alphaModeOf(*format), .open = [image]() -> imaging::NextBand {
+        return [reader = std::make_shared<BandReader>(image)] { return reader->next(); };
       }};
 }
 

@@ -46,20 +46,31 @@ std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, x
                               .blueMask = type->blue_mask};
 }
 
-ImageRequest::ImageRequest(XConnection& connection, xcb_drawable_t drawable, const PixelRect& part)
-    : connection_(connection),
-      size_{part.width, part.height},
-      cookie_(xcb_get_image(connection.xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, static_cast<std::int16_t>(part.x),
-                            static_cast<std::int16_t>(part.y), static_cast<std::uint16_t>(part.width),
-                            static_cast<std::uint16_t>(part.height), kAllPlanes)) {}
+ImageRequest::ImageRequest(XConnection& connection, xcb_drawable_t drawable, const PixelRect& part, SharedPlace place)
+    : connection_(connection), size_{part.width, part.height}, place_(std::move(place)) {
+  const auto x = static_cast<std::int16_t>(part.x), y = static_cast<std::int16_t>(part.y);
+  const auto width = static_cast<std::uint16_t>(part.width), height = static_cast<std::uint16_t>(part.height);
+  constexpr std::uint8_t kFormat = XCB_IMAGE_FORMAT_Z_PIXMAP;
+  sequence_ = place_.pixels
+                  ? xcb_shm_get_image(connection.xcb(), drawable, x, y, width, height, kAllPlanes, kFormat,
+                                      place_.segment, place_.offset)
+                        .sequence
+                  : xcb_get_image(connection.xcb(), kFormat, drawable, x, y, width, height, kAllPlanes).sequence;
+}
 
 ImageRequest::~ImageRequest() {
-  if (!isAnswered_) xcb_discard_reply(connection_.xcb(), cookie_.sequence);
+  if (!isAnswered_) xcb_discard_reply(connection_.xcb(), sequence_);
 }
 
 std::optional<imaging::Bitmap> ImageRequest::bitmap(const imaging::PixelFormat& format) {
   isAnswered_ = true;
-  const std::shared_ptr<xcb_get_image_reply_t> reply = connection_.reply(xcb_get_image_reply, cookie_);
+  if (place_.pixels) {
+    const auto reply = connection_.reply(xcb_shm_get_image_reply, xcb_shm_get_image_cookie_t{sequence_});
+    if (!reply || reply->depth != format.depth) return std::nullopt;
+    return imaging::toBitmap(format, size_, place_.pixels, place_.byteCount);
+  }
+  const std::shared_ptr<xcb_get_image_reply_t> reply =
+      connection_.reply(xcb_get_image_reply, xcb_get_image_cookie_t{sequence_});
   if (!reply || reply->depth != format.depth) return std::nullopt;
   const auto byteCount = reply->length * kWordBytes;
   return imaging::toBitmap(format, size_, {reply, xcb_get_image_data(reply.get())}, byteCount);

@@ -8,6 +8,7 @@
 #include "platform/imaging/bitmap.h"
 #include "platform/imaging/pixel_format.h"
 #include "platform/imaging/pixel_rect.h"
+#include "platform/linux/x11/capture/shared_bands.h"
 #include "platform/linux/x11/server/x_connection.h"
 
 namespace tavik::platform::x11 {
@@ -15,11 +16,12 @@ namespace tavik::platform::x11 {
 /// The layout of pictures of this visual. Nothing for one with a palette, and for one that the server does not list.
 std::optional<imaging::PixelFormat> pixelFormat(const XConnection& connection, xcb_visualid_t visual);
 
-/// Pixels that are on their way (GetImage): those of a part of a drawable, in its own coordinates. They never contain
-/// the cursor.
+/// Pixels that are on their way: those of a part of a drawable, in its own coordinates. They never contain the cursor.
 class ImageRequest {
  public:
-  ImageRequest(XConnection& connection, xcb_drawable_t drawable, const imaging::PixelRect& part);
+  /// Through the connection (GetImage), or to a place that has room for them (MIT-SHM's).
+  ImageRequest(XConnection& connection, xcb_drawable_t drawable, const imaging::PixelRect& part,
+               SharedPlace place = {});
   ImageRequest(const ImageRequest&) = delete;
   ImageRequest& operator=(const ImageRequest&) = delete;
   ~ImageRequest();
@@ -31,7 +33,8 @@ class ImageRequest {
  private:
   XConnection& connection_;
   PixelSize size_;
-  xcb_get_image_cookie_t cookie_;
+  SharedPlace place_;
+  unsigned int sequence_;
   bool isAnswered_ = false;
 };
 

@@ -4,12 +4,14 @@
 #include <array>
 #include <poll.h>
 #include <string>
+#include <sys/socket.h>
 
 #include <xcb/composite.h>
 #include <xcb/damage.h>
 #include <xcb/randr.h>
 #include <xcb/res.h>
 #include <xcb/shape.h>
+#include <xcb/shm.h>
 #include <xcb/xcbext.h>
 
 #include "platform/posix/run_time.h"
@@ -73,7 +75,8 @@ bool XConnection::isReachable() {
 /// One batch: the atoms, and the presence of the extensions, which xcb answers from its cache from then on.
 void XConnection::prepare(int screenNumber) {
   screen_ = screenWithNumber(setup(), screenNumber);
-  for (auto* const extension : {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_res_id, &xcb_shape_id}) {
+  for (auto* const extension :
+       {&xcb_composite_id, &xcb_damage_id, &xcb_randr_id, &xcb_res_id, &xcb_shape_id, &xcb_shm_id}) {
     xcb_prefetch_extension_data(xcb(), extension);
   }
   std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies{};
@@ -92,6 +95,12 @@ const xcb_query_extension_reply_t* XConnection::extension(xcb_extension_t& exten
   if (gaveUp_) return nullptr;
   const auto* const data = xcb_get_extension_data(xcb(), &extension);
   return data != nullptr && data->present != 0 ? data : nullptr;
+}
+
+bool XConnection::passesDescriptors() const {
+  sockaddr address{};
+  socklen_t size = sizeof address;
+  return ::getsockname(xcb_get_file_descriptor(xcb()), &address, &size) == 0 && address.sa_family == AF_UNIX;
 }
 
 void* XConnection::waitForReply(unsigned int sequence) {

@@ -55,6 +55,9 @@ class XConnection : public std::enable_shared_from_this<XConnection> {
   /// Where its requests and events begin; null when the server lacks it or has gone.
   const xcb_query_extension_reply_t* extension(xcb_extension_t& extension) const;
 
+  /// True where file descriptors reach the server: at the other end of a socket of this machine.
+  bool passesDescriptors() const;
+
   /// Waits for the reply to `cookie`; null when the request failed. The first argument is xcb's own function for that
   /// reply: it only tells the types, since calling it could wait for ever.
   template <class Reply, class Cookie>
