@@ -1,5 +1,7 @@
 #include "text/grapheme_clusters.h"
 
+#include <cstddef>
+
 #include <utf8proc.h>
 
 #include "text/code_points.h"
@@ -42,7 +44,10 @@ std::string_view lastCharacter(std::string_view text) {
 
 std::int64_t characterCount(std::string_view text) {
   std::int64_t count = 0;
-  for (; !text.empty(); ++count) text.remove_prefix(firstCharacter(text).size());
+  for (std::size_t at = 0; at < text.size(); ++count) {
+    const bool isPlain = at + 1 < text.size() && isPlainBoundary(text[at], text[at + 1]);
+    at += isPlain ? 1 : firstCharacter(text.substr(at)).size();
+  }
   return count;
 }
 

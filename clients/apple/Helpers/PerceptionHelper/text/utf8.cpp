@@ -8,13 +8,14 @@
 namespace tavik::text {
 namespace {
 
-/// How many bytes at the start belong to a run of ASCII; looks at eight at a time and may stop up to seven short.
+/// How many bytes at the start are ASCII; looks at eight at a time as long as it can.
 std::size_t asciiRun(std::string_view bytes) {
   std::size_t run = 0;
   for (std::uint64_t word = 0; run + sizeof word <= bytes.size(); run += sizeof word) {
     std::memcpy(&word, bytes.data() + run, sizeof word);
     if ((word & 0x8080808080808080U) != 0) break;
   }
+  while (run < bytes.size() && static_cast<unsigned char>(bytes[run]) < 0x80) ++run;
   return run;
 }
 
