@@ -82,7 +82,7 @@ def core_rows() -> list[dict]:
         ours, theirs = float(program), float(yardstick)
         if theirs:
             bound = judged(Bound(2, "times the yardstick's"), [ours / theirs])
-            rows.append(row(name, Cost(ours), "the JSON library's writing", Cost(theirs), [bound]))
+            rows.append(row(name, Cost(ours), "the JSON library alone", Cost(theirs), [bound]))
         else:
             rows.append(row(name, Cost(ours), "", None, [judged(Bound(5, "ms"), [ours])]))
     return rows
