@@ -73,9 +73,10 @@ class StreamsTest(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stdout, done.stderr), (0, b"", b""))
 
     def test_slow_reader_gets_everything(self) -> None:
-        """A pipe that another owner has made non-blocking takes 64 KB, and then nothing for a while."""
+        """A pipe that another owner has made non-blocking takes 4 KB, and then nothing for a while."""
         reading, writing = os.pipe()
         fcntl.fcntl(writing, fcntl.F_SETFL, os.O_NONBLOCK)
+        fcntl.fcntl(writing, fcntl.F_SETPIPE_SZ, 4096)
         with subprocess.Popen([HELPER], stdin=subprocess.PIPE, stdout=writing) as process:
             os.close(writing)
             process.stdin.write(b'{"target":"screen","format":"png","max_long_edge_px":0}')
@@ -84,4 +85,4 @@ class StreamsTest(unittest.TestCase):
             with open(reading, "rb") as stream:
                 written = stream.read()
         self.assertEqual(process.returncode, 0)
-        self.assertGreater(len(json.loads(written)["data"]["image"]), 65536)
+        self.assertGreater(len(json.loads(written)["data"]["image"]), 3 * 4096)

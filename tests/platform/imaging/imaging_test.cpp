@@ -262,16 +262,20 @@ BGRA almostOpaque(int x, int y) { return {0, 0, 0, x + y == 300 ? std::uint8_t{2
 
 TEST(PNG, GivesEveryPixelBack) {
   constexpr auto kOpaque = AlphaMode::opaque, kPremultiplied = AlphaMode::premultiplied;
-  for (const auto& [reason, paint, expected, mode, expectedMode] : Table<Painter, Painter, AlphaMode, AlphaMode>{
-           {"padding of any value is no alpha", noise, opaqueNoise, kOpaque, kOpaque},
-           {"rows that repeat themselves are not filtered", textLike, opaqueText, kOpaque, kOpaque},
-           {"alpha that hides nothing is not stored", opaqueNoise, opaqueNoise, kPremultiplied, kOpaque},
-           {"alpha that hides next to nothing is", almostOpaque, almostOpaque, kPremultiplied, kPremultiplied},
-           {"colour is divided by its alpha", anyColourAtAnyAlpha, straightened, kPremultiplied, kPremultiplied},
+  constexpr PixelSize kSize{256, 256}, kLarge{503, 997};
+  for (const auto& [reason, size, paint, expected, mode, expectedMode] :
+       Table<PixelSize, Painter, Painter, AlphaMode, AlphaMode>{
+           {"padding of any value is no alpha", kSize, noise, opaqueNoise, kOpaque, kOpaque},
+           {"rows that repeat themselves are not filtered", kSize, textLike, opaqueText, kOpaque, kOpaque},
+           {"on two threads", kLarge, noise, opaqueNoise, kOpaque, kOpaque},
+           {"on two threads, rows that repeat themselves", kLarge, textLike, opaqueText, kOpaque, kOpaque},
+           {"alpha that hides nothing is not stored", kSize, opaqueNoise, opaqueNoise, kPremultiplied, kOpaque},
+           {"alpha that hides next to nothing is", kSize, almostOpaque, almostOpaque, kPremultiplied, kPremultiplied},
+           {"divided by its alpha", kSize, anyColourAtAnyAlpha, straightened, kPremultiplied, kPremultiplied},
        }) {
-    const auto decoded = decodedPNG(encoded(makeImage(painted({256, 256}, mode, paint)), ImageType::png));
+    const auto decoded = decodedPNG(encoded(makeImage(painted(size, mode, paint)), ImageType::png));
     ASSERT_TRUE(decoded) << reason;
-    EXPECT_TRUE(decoded->size == (PixelSize{256, 256}) && decoded->alpha == expectedMode) << reason;
+    EXPECT_TRUE(decoded->size == size && decoded->alpha == expectedMode) << reason;
     EXPECT_EQ(worstDifference(*decoded, expected), 0) << reason;
   }
 }

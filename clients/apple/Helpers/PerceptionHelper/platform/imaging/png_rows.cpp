@@ -74,21 +74,18 @@ bool isTranslucent(const BandedPicture& picture) {
 }
 
 PNGRows::PNGRows(std::int64_t width, bool translucent)
-    : translucent_(translucent), pixels_(static_cast<std::size_t>(width)), bytes_(1 + pixels_.size() * sizeof(Pixel)) {}
+    : translucent_(translucent), pixelBytes_(translucent ? 4 : 3), pixels_(static_cast<std::size_t>(width)) {}
 
-std::span<const std::uint8_t> PNGRows::filtered(const std::uint8_t* row) {
+void PNGRows::filter(const std::uint8_t* row, std::uint8_t* to) {
   readRow(row, translucent_, pixels_);
   const bool isSub = isBusy(pixels_);
   if (isSub) subtractNeighbours(pixels_);
-  bytes_[0] = isSub ? kSub : kNone;
+  *to++ = isSub ? kSub : kNone;
   // Each pixel is written as four bytes; of three, the last one is written over by what follows.
-  const std::size_t pixelBytes = translucent_ ? 4 : 3;
-  std::uint8_t* to = bytes_.data() + 1;
   for (const Pixel pixel : pixels_) {
     std::memcpy(to, &pixel, sizeof pixel);
-    to += pixelBytes;
+    to += pixelBytes_;
   }
-  return std::span(bytes_).first(1 + pixels_.size() * pixelBytes);
 }
 
 }  // namespace tavik::platform::imaging

@@ -19,13 +19,16 @@ class PNGRows {
  public:
   /// Throws std::bad_alloc.
   PNGRows(std::int64_t width, bool translucent);
-  /// This row of a bitmap, valid until the next one is asked for.
-  std::span<const std::uint8_t> filtered(const std::uint8_t* row);
+  /// A row is written with so many bytes behind it.
+  static constexpr std::size_t kOvershoot = 1;
+  std::size_t bytesPerRow() const { return 1 + pixels_.size() * pixelBytes_; }
+  /// Writes this row of a bitmap.
+  void filter(const std::uint8_t* row, std::uint8_t* to);
 
  private:
   bool translucent_;
+  std::size_t pixelBytes_;
   std::vector<std::uint32_t> pixels_;
-  std::vector<std::uint8_t> bytes_;
 };
 
 }  // namespace tavik::platform::imaging
