@@ -17,7 +17,7 @@ using NextBand = std::function<std::optional<Bitmap>()>;
 struct BandedPicture {
   PixelSize size = {};
   AlphaMode alpha = AlphaMode::opaque;
-  std::function<NextBand()> open = {};  ///< begins at the top; may be called again when the band before is done with
+  std::function<NextBand()> open = {};  ///< begins a pass at the top; any number of times, one pass after the other
 };
 
 /// The bitmap as one band.

@@ -109,6 +109,7 @@ class BandReader {
     if (onTheirWay_.empty()) return std::nullopt;
     auto band = onTheirWay_.front().bitmap(image_.format);
     onTheirWay_.pop_front();
+    if (!band) end();  // what comes behind a gap would be taken for what is missing
     return band;
   }
 
@@ -122,6 +123,11 @@ class BandReader {
     onTheirWay_.emplace_back(image_.copy->connection(), image_.copy->get(), part,
                              image_.shared ? image_.shared->take() : SharedPlace{});
     asked_ += part.height;
+  }
+
+  void end() {
+    asked_ = static_cast<std::int32_t>(image_.bands.size.height);
+    onTheirWay_.clear();
   }
 
   CopiedImage image_;
