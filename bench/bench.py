@@ -68,6 +68,7 @@ def measure(case: Case) -> dict:
         "times the yardstick's": [ours[0] / theirs[0] for ours, theirs in pairs],
         "times as fast": [theirs[0] / ours[0] for ours, theirs in pairs],
         "times the bytes": [program.bytes * 3 / 4 / max(yardstick.bytes, 1)],  # the program writes base64
+        "of its time on a processor": [ours[1] / ours[0] for ours, _ in pairs],
         "MB": [program.peak_mb],
     }
     return row(case.name, program, case.yardstick_name, yardstick, [judged(b, values[b.unit]) for b in case.bounds])

@@ -1,6 +1,7 @@
 #include <climits>
 #include <cstdlib>
 #include <optional>
+#include <sched.h>
 #include <set>
 #include <string>
 #include <string_view>
@@ -342,6 +343,20 @@ TEST(Element, IsAskedNothingMoreOnceItIsSilent) {
   }
   EXPECT_EQ(peer.calls("Description") + peer.calls("ChildCount"), 0);
   EXPECT_EQ(string(*root, "AXTitle"), "n") << "what it said before remains";
+}
+
+TEST(Conversation, InterruptsNobodyWhileManyAnswersAreOnTheirWay) {
+  for (const auto& [questions, policy] : {std::pair{10, SCHED_OTHER}, {300, SCHED_BATCH}}) {
+    FakePeer peer({{"/root", {.name = "n"}}});
+    const auto root = peer.takeRoot();
+    auto& conversation = root->session()->conversation;
+    std::set<int> seen;
+    const auto look = [&seen](const dbus::Answer&) { seen.insert(::sched_getscheduler(0)); };
+    for (int i = 0; i < questions; ++i) conversation.ask(root->reference(), kAccessible, "GetRole", look);
+    conversation.settle();
+    EXPECT_EQ(seen, std::set{policy});
+    EXPECT_EQ(::sched_getscheduler(0), SCHED_OTHER);
+  }
 }
 
 TEST(AccessibilityBus, IsTheRootWindowsOnlyForWantOfAnother) {

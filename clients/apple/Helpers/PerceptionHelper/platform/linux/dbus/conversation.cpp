@@ -1,13 +1,20 @@
 #include "platform/linux/dbus/conversation.h"
 
 #include <cstdint>
+#include <optional>
 #include <utility>
+
+#include "platform/linux/dbus/batch_scheduling.h"
 
 namespace tavik::platform::dbus {
 namespace {
 
 /// Enough to keep the other side busy, and far below what a bus lets one connection have unanswered.
 constexpr std::size_t kMaxInFlight = 512;
+
+/// While this many are in flight, answers come faster than one by one. Being woken for each of them would take the
+/// processor from those who are making the next.
+constexpr std::size_t kManyInFlight = kMaxInFlight / 2;
 
 constexpr auto kProperties = "org.freedesktop.DBus.Properties";
 
@@ -31,11 +38,13 @@ void Conversation::askAllProperties(const Reference& target, const char* interfa
 }
 
 void Conversation::settle(const std::function<bool()>& askMore) {
+  std::optional<BatchScheduling> batch;
   patience_.startWaiting();
   for (;;) {
     while (askMore && inFlight_.size() < kMaxInFlight && askMore()) {
     }
     if (inFlight_.empty()) break;
+    if (!batch && inFlight_.size() >= kManyInFlight) batch.emplace();
     const auto left = patience_.remaining();
     if (left.count() == 0 || !processBus(bus_.get(), left)) giveUp();
   }
