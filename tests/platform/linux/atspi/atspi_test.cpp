@@ -226,12 +226,13 @@ FakeObjects trickyTree() {
       {"/itself", {.name = "itself", .children = {"/itself", "/root", "/leaf"}}},
       {"/sockets", {.name = "sockets", .children = {"!/plug", "/leaf", "!/stolen", "!/gone"}}},
       {"/plug", {.states = kShowing, .name = "plug", .parent = "/sockets"}},
-      {"/shown", {.name = "shown", .children = {"/hidden", "/mystery", "/scrolled", "/menu"}}},
+      {"/shown", {.name = "shown", .children = {"/hidden", "/mystery", "/scrolled", "/menu", "/open"}}},
       {"/hidden", {.states = 0, .name = "secret", .children = {"/leaf"}}},
       {"/mystery", {.states = 0, .name = "mystery", .failing = {"GetRole"}}},
       {"/scrolled", {.states = kVisible, .name = "scrolled"}},
       {"/menu", {.role = 41, .states = 0, .name = "menu", .children = {"/item"}}},
-      {"/item", {.role = 35, .states = 0, .name = "item"}},
+      {"/item", {.role = 35, .states = 0, .interfaces = {"Component"}, .name = "item", .extents = {INT_MIN, INT_MIN}}},
+      {"/open", {.role = 35, .interfaces = {"Component"}, .name = "open", .extents = {1, 2, 3, 4}}},
       {"/halves", {.name = "halves", .children = std::vector<std::string>(300, "/hidden")}},
       {"/stolen", {.name = "stolen", .parent = "/elsewhere"}},
       {"/leaf", {.role = 29, .interfaces = {"Text"}, .name = "leaf", .text = "leaf"}},
@@ -280,11 +281,14 @@ TEST(ReadTree, ShowsTheSameTreeAsReadingOneByOne) {
   EXPECT_EQ(ahead.calls("GetAll") + ahead.calls("GetLocale"), 0) << "applications crash or hang on them";
 
   const auto gtk = atOnce.takeRoot();
-  gtk->session()->hasAllProperties = true;
+  gtk->session()->hasAllProperties = gtk->session()->placesOpenMenusOnly = true;
   readTree(*gtk, {3, kMaxAXChildren, 10'000, factsFor(kWalkedAXAttributes)});
   EXPECT_EQ(walked(*gtk), seen);
   EXPECT_EQ(atOnce.calls("Name") + atOnce.calls("ChildCount"), 0) << "one question where there were four";
   EXPECT_EQ(atOnce.calls("GetAll", "/shown"), 1);
+  EXPECT_EQ(ahead.calls("GetExtents", "/item"), 1);
+  EXPECT_EQ(atOnce.calls("GetExtents", "/item"), 0) << "in a closed menu";
+  EXPECT_EQ(atOnce.calls("GetExtents", "/open"), 1);
 }
 
 TEST(ReadTree, EndsInATreeThatIsTooLarge) {
@@ -452,6 +456,7 @@ TEST(Application, ShowsFramesOnTheScreen) {
     EXPECT_EQ(windows[0]->copyAttributeValue("AXPosition").has_value(), knowsScreen)
         << "no frame is better than a wrong one: the X server has no window like the first";
     EXPECT_EQ(application.root()->session()->hasAllProperties, knowsScreen ? toolkit == "gtk" : true) << reason;
+    EXPECT_EQ(application.root()->session()->placesOpenMenusOnly, toolkit == "gtk") << reason;
   }
 }
 

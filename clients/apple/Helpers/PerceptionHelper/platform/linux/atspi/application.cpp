@@ -32,6 +32,10 @@ bool knowsWindowCoordinatesOnly(const Toolkit& toolkit) {
   return isGTK(toolkit) && major >= 4;
 }
 
+/// Where no widget that is not mapped has extents or is showing (gtk_widget_accessible_get_extents, ref_state_set).
+/// Open menus of GTK 4 are not showing.
+bool hasWidgetsOfGTK3(const Toolkit& toolkit) { return isGTK(toolkit) && !knowsWindowCoordinatesOnly(toolkit); }
+
 ToolkitUnits unitsOf(const Toolkit& toolkit) {
   return {.areOnScreen = !knowsWindowCoordinatesOnly(toolkit), .areWhole = isGTK(toolkit)};
 }
@@ -99,6 +103,7 @@ Element* Application::root() {
   session.hasAllProperties = isGTK(toolkit) || isChromium(toolkit);
   session.hasTextEverywhere = isChromium(toolkit);
   const ToolkitUnits units = unitsOf(toolkit);
+  session.placesOpenMenusOnly = hasWidgetsOfGTK3(toolkit);
   session.coordinates = units.areOnScreen ? Coordinates::screen : Coordinates::window;
   const auto& windows = root_->known().children;
   const auto claims = readClaimsOf(windows, session.conversation);

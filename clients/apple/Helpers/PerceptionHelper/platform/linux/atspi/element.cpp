@@ -137,7 +137,8 @@ void Element::ask(unsigned facts) {
   if (!isFresh(fact::text | fact::extents)) return;
   const auto askOf = [this, isFresh](const Interfaces& interfaces) {
     if (isFresh(fact::text) && interfaces.text) askText();
-    if (isFresh(fact::extents) && interfaces.component) askExtents();
+    const bool isSomewhere = !session_->placesOpenMenusOnly || !isInClosedMenu();
+    if (isFresh(fact::extents) && interfaces.component && isSomewhere) askExtents();
   };
   if (session_->hasTextEverywhere) return askOf({.component = true, .text = true});
   withInterfaces([this, askOf] {
@@ -323,6 +324,10 @@ bool Element::isBelow(const dbus::Reference& reference) const {
   const auto* ancestor = lineage_.get();
   while (ancestor != nullptr && ancestor->reference != reference) ancestor = ancestor->parent.get();
   return ancestor != nullptr;
+}
+
+bool Element::isInClosedMenu() const {
+  return roleNumber_ && isOfMenu(*roleNumber_) && known_.states && (*known_.states & kShowing) == 0;
 }
 
 bool Element::isOnPageInPixels() const {

@@ -128,6 +128,8 @@ class Element final : public UIElement {
   /// True on the pages of Chromium, which are in pixels where its windows are not. What is known of the objects that it
   /// is in decides.
   bool isOnPageInPixels() const;
+  /// As far as the role and the states are known.
+  bool isInClosedMenu() const;
   std::size_t addChildren(std::vector<dbus::Reference> references);
   std::optional<std::string> admitted(std::optional<std::string> text);
 

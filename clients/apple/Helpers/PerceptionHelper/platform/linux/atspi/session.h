@@ -27,6 +27,8 @@ struct Session {
   bool hasAllProperties = false;
   /// Every object implements Component and Text, so that nobody needs to be asked whether it does.
   bool hasTextEverywhere = false;
+  /// What is in a closed menu has no extents, and does not claim to be showing, so that nobody needs to ask for them.
+  bool placesOpenMenusOnly = false;
   std::size_t elementsLeft = 20'000;
   std::size_t textBytesLeft = std::size_t{8} << 20U;
   std::set<std::string> withoutHelpText = {};  ///< bus names whose toolkit knows no HelpText, a property of newer ones
